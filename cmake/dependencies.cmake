@@ -1,0 +1,15 @@
+# What the library itself is built on. Tests, benchmarks and the host program find their own packages.
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+find_package(Eigen3 3.4 REQUIRED NO_MODULE)
+find_package(Boost 1.74 REQUIRED)
+pkg_check_modules(HWY REQUIRED IMPORTED_TARGET libhwy)
+
+if(PASSBAND_FFT STREQUAL "fftw")
+  pkg_check_modules(FFTW REQUIRED IMPORTED_TARGET fftw3)
+  pkg_check_modules(FFTWF REQUIRED IMPORTED_TARGET fftw3f)
+elseif(PASSBAND_FFT STREQUAL "kissfft")
+  find_path(KISSFFT_INCLUDE_DIR kissfft.hh PATH_SUFFIXES kissfft REQUIRED)
+else()
+  message(FATAL_ERROR "PASSBAND_FFT is '${PASSBAND_FFT}'; it must be fftw or kissfft")
+endif()

@@ -1,0 +1,5 @@
+// Design of FIR filters.
+#pragma once
+
+#include "passband/fir_design/kaiser_fir.h"
+#include "passband/fir_design/windowed_fir.h"

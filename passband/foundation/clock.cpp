@@ -1,0 +1,19 @@
+#include "passband/foundation/clock.h"
+
+#include <chrono>
+
+namespace passband {
+
+TDateTime Now() {
+  using Days = std::chrono::duration<double, std::ratio<86400>>;
+  using Steady = std::chrono::steady_clock;
+  constexpr double kEpochDays = 25569;  // from 1899-12-30 to 1970-01-01
+  struct Origin {
+    Days calendar = std::chrono::system_clock::now().time_since_epoch();
+    Steady::time_point steady = Steady::now();
+  };
+  static const Origin origin;
+  return kEpochDays + (origin.calendar + Days(Steady::now() - origin.steady)).count();
+}
+
+}  // namespace passband
