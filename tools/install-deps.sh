@@ -11,7 +11,7 @@ set -euo pipefail
 run=(cmake ninja-build g++ pkg-config libhwy-dev libfftw3-dev libeigen3-dev libboost-dev libcli11-dev
      nlohmann-json3-dev libsndfile1-dev libfmt-dev gnuplot-nox alsa-utils)
 test=(libgtest-dev libgmock-dev libkissfft-dev python3)
-bench=(libbenchmark-dev libliquid-dev python3-scipy)
+bench=(libliquid-dev python3-scipy)
 
 wanted=("${run[@]}")
 for purpose in "${@:-run}"; do

@@ -27,10 +27,14 @@ using detail::FirTaps;
 // Keeps a loaded vector in a register: compilers otherwise repeat the load in each multiply-add that uses it.
 template <class V>
 HWY_INLINE V Pinned(V v) {
-#if HWY_ARCH_X86 && HWY_TARGET <= HWY_AVX3
-  asm("" : "+v"(v.raw));
-#elif HWY_ARCH_X86
-  asm("" : "+x"(v.raw));
+#if HWY_ARCH_X86
+  auto raw = v.raw;
+#if HWY_TARGET <= HWY_AVX3
+  asm("" : "+v"(raw));
+#else
+  asm("" : "+x"(raw));
+#endif
+  v.raw = raw;
 #endif
   return v;
 }
@@ -45,14 +49,13 @@ HWY_INLINE const R* Unrelated(const R* x) {
   return x;
 }
 
-// Where registers are few, leaves them to the sums of the chain that comes next.
-template <class Sums>
+// Keeps sums in memory, to leave the registers to those of the chain that comes next.
+template <bool kPark, class Sums>
 HWY_INLINE void Park(Sums& sums) {
-#if HWY_ARCH_X86 && HWY_TARGET > HWY_AVX3
-  asm("" : "+m"(sums));
-#else
-  static_cast<void>(sums);
+#if HWY_ARCH_X86
+  if constexpr (kPark) asm("" : "+m"(sums));
 #endif
+  static_cast<void>(sums);
 }
 
 // (a_re - b_im, a_im + b_re) for interleaved pairs.
@@ -72,6 +75,9 @@ struct TileSize {
   static constexpr std::size_t kTaps = IsComplex<T> && HWY_TARGET > HWY_AVX3 ? 2 : 4;
 };
 
+// What is known of a filter's chains beforehand: every class has one chain of 4 or of 8 terms; one chain; several.
+enum class ChainKind { kFour, kEight, kSingle, kSegmented };
+
 // The outputs of one tile: kRows vectors, kStep elements apart, for which taps kLanes elements apart meet in the same
 // loads. Where the hardware vector is narrower than kLanes, the tile is repeated for what lies between.
 template <Element T, std::size_t kLanes, std::size_t kRows>
@@ -86,6 +92,7 @@ struct Tile {
   static constexpr std::size_t kClasses = kLanes / kParts;
   static constexpr std::size_t kShare = kStep / kLanes;
   static constexpr std::size_t kOutputs = kRows * kStep;
+  static constexpr bool kFewRegisters = HWY_TARGET > HWY_AVX3;
   using Sums = V[kParts][kRows];
 
   // Adds kTaps terms to each sum (or starts them): sums[r] += taps[q] x[q kLanes + r kStep], q ascending.
@@ -115,25 +122,14 @@ struct Tile {
     }
   }
 
-  // One chain of `length` terms.
-  static HWY_INLINE void Chain(const R* HWY_RESTRICT x, const R* HWY_RESTRICT const (&taps)[kParts], std::size_t length,
-                               Sums& sums) {
-    constexpr std::size_t kTaps = TileSize<T>::kTaps;
-    std::size_t done = (length - 1) % kTaps + 1;
-    if constexpr (kTaps == 2) {
-      done == 1 ? Terms<1, true>(x, taps, 0, sums) : Terms<2, true>(x, taps, 0, sums);
-    } else if (done == 4) {
-      Terms<4, true>(x, taps, 0, sums);
-    } else if (done == 3) {
-      Terms<3, true>(x, taps, 0, sums);
-    } else if (done == 2) {
-      Terms<2, true>(x, taps, 0, sums);
-    } else {
-      Terms<1, true>(x, taps, 0, sums);
+  // All sums start from -0, which adds nothing: p + -0 = p for every p.
+  static HWY_INLINE void Clear(Sums& sums) {
+    HWY_UNROLL(2)
+    for (std::size_t p = 0; p < kParts; ++p) {
+      HWY_UNROLL(8)
+      for (std::size_t r = 0; r < kRows; ++r) sums[p][r] = hn::Set(D(), -R{0});
     }
-    for (; done < length; done += kTaps) Terms<kTaps, false>(x, taps, done, sums);
   }
-
   static HWY_INLINE void Accumulate(const Sums& terms, Sums& sums) {
     HWY_UNROLL(2)
     for (std::size_t p = 0; p < kParts; ++p) {
@@ -141,54 +137,61 @@ struct Tile {
       for (std::size_t r = 0; r < kRows; ++r) sums[p][r] = hn::Add(sums[p][r], terms[p][r]);
     }
   }
-  static HWY_INLINE void Assign(const Sums& terms, Sums& sums) {
-    HWY_UNROLL(2)
-    for (std::size_t p = 0; p < kParts; ++p) {
-      HWY_UNROLL(8)
-      for (std::size_t r = 0; r < kRows; ++r) sums[p][r] = terms[p][r];
+
+  // One chain of `length` terms.
+  static HWY_INLINE void Chain(const R* HWY_RESTRICT x, const R* HWY_RESTRICT const (&taps)[kParts], std::size_t length,
+                               Sums& sums) {
+    constexpr std::size_t kTaps = TileSize<T>::kTaps;
+    Clear(sums);
+    std::size_t done = length % kTaps;
+    if (done == 1) Terms<1, false>(x, taps, 0, sums);
+    if constexpr (kTaps == 4) {
+      if (done == 2) Terms<2, false>(x, taps, 0, sums);
+      if (done == 3) Terms<3, false>(x, taps, 0, sums);
     }
+    for (; done < length; done += kTaps) Terms<kTaps, false>(x, taps, done, sums);
   }
 
-  // class(c): kQ is the length of the only chain where it is the same for all classes and known, else 0.
-  template <std::size_t kQ>
+  template <ChainKind kKind>
   static HWY_INLINE void Class(const FirTaps<T, kLanes>& g, const R* HWY_RESTRICT x, std::size_t c, Sums& sums) {
     const R* HWY_RESTRICT taps[kParts];
     for (std::size_t p = 0; p < kParts; ++p) taps[p] = g.Chain(p, c);
     x += c * kParts;
-    if constexpr (kQ == 8) return Terms<8, true>(x, taps, 0, sums);
-    if constexpr (kQ != 0) return Chain(x, taps, kQ, sums);
-    if (g.segments == 1) return Chain(x, taps, g.LastLength(c), sums);
-    Chain(x, taps, g.segment_chunks, sums);
-    for (std::size_t a = 1; a < g.segments; ++a) {
-      x += g.segment_chunks * kLanes;
-      for (std::size_t p = 0; p < kParts; ++p) taps[p] += g.segment_chunks;
-      Park(sums);
-      Sums chain;
-      Chain(x, taps, a + 1 < g.segments ? g.segment_chunks : g.LastLength(c), chain);
-      Accumulate(chain, sums);
+    if constexpr (kKind == ChainKind::kFour || kKind == ChainKind::kEight) {
+      Terms<kKind == ChainKind::kFour ? 4 : 8, true>(x, taps, 0, sums);
+    } else if constexpr (kKind == ChainKind::kSingle) {
+      Chain(x, taps, g.LastLength(c), sums);
+    } else {
+      Clear(sums);
+      for (std::size_t a = 0; a < g.segments; ++a) {
+        Park<kFewRegisters>(sums);
+        Sums chain;
+        Chain(x, taps, a + 1 < g.segments ? g.segment_chunks : g.LastLength(c), chain);
+        Accumulate(chain, sums);
+        x += g.segment_chunks * kLanes;
+        for (std::size_t p = 0; p < kParts; ++p) taps[p] += g.segment_chunks;
+      }
     }
   }
 
-  template <std::size_t kQ>
+  template <ChainKind kKind>
   static HWY_INLINE void Run(const FirTaps<T, kLanes>& g, const R* HWY_RESTRICT x, R* HWY_RESTRICT y) {
+    constexpr bool kLong = kKind == ChainKind::kSegmented;
     const D d;
     for (std::size_t t = 0; t < kStep; t += kWidth) {
       Sums total;
+      Clear(total);
       for (std::size_t i = 0; i < kGroups; ++i) {
-        if (i > 0) Park(total);
+        Park<kFewRegisters || kLong>(total);
         Sums group;
-        Class<kQ>(g, x + t, i, group);
-        for (std::size_t c = i + kGroups; c < kClasses; c += kGroups) {
-          Park(group);
+        Clear(group);
+        for (std::size_t c = i; c < kClasses; c += kGroups) {
+          Park<kFewRegisters>(group);
           Sums sums;
-          Class<kQ>(g, x + t, c, sums);
+          Class<kKind>(g, x + t, c, sums);
           Accumulate(sums, group);
         }
-        if (i == 0) {
-          Assign(group, total);
-        } else {
-          Accumulate(group, total);
-        }
+        Accumulate(group, total);
       }
       HWY_UNROLL(8)
       for (std::size_t r = 0; r < kRows; ++r) {
@@ -201,23 +204,25 @@ struct Tile {
 
 // Computes `count` > 0 outputs (lanes) from the window x of the first one. Reads up to kStep - 1 lanes beyond the last
 // window, writes y[0 .. count - 1] only.
-template <Element T, std::size_t kLanes, std::size_t kQ>
+template <Element T, std::size_t kLanes, ChainKind kKind>
 void Block(const FirTaps<T, kLanes>& g, const RealOf<T>* x, RealOf<T>* y, std::size_t count) {
   using Large = Tile<T, kLanes, TileSize<T>::kLarge>;
   using Middle = Tile<T, kLanes, TileSize<T>::kMiddle>;
   using Single = Tile<T, kLanes, 1>;
   constexpr std::size_t kStep = Single::kStep;
   std::size_t n = 0;
-  for (; count - n >= Large::kOutputs; n += Large::kOutputs) Large::template Run<kQ>(g, x + n, y + n);
+  for (; count - n >= Large::kOutputs; n += Large::kOutputs) Large::template Run<kKind>(g, x + n, y + n);
   if (count - n >= Middle::kOutputs) {
-    Middle::template Run<kQ>(g, x + n, y + n);
+    Middle::template Run<kKind>(g, x + n, y + n);
     n += Middle::kOutputs;
   }
-  for (; count - n >= kStep; n += kStep) Single::template Run<kQ>(g, x + n, y + n);
-  if (n == count) return;
-  RealOf<T> last[kStep];
-  Single::template Run<kQ>(g, x + n, last);
-  std::copy_n(last, count - n, y + n);
+  while (n < count) {
+    RealOf<T> last[kStep];
+    const std::size_t left = std::min(kStep, count - n);
+    Single::template Run<kKind>(g, x + n, left == kStep ? y + n : last);
+    if (left < kStep) std::copy_n(last, left, y + n);
+    n += left;
+  }
 }
 
 }  // namespace

@@ -267,10 +267,10 @@ class LongFir final : public FirStateOf<T> {
 
   static BlockKernel ChooseBlock(const FirTaps<T, kLanes>& g) {
     if (g.full_classes == FirTaps<T, kLanes>::kClasses) {
-      if (g.chunks == 4) return &Block<T, kLanes, 4>;
-      if (g.chunks == 8) return &Block<T, kLanes, 8>;
+      if (g.chunks == 4) return &Block<T, kLanes, ChainKind::kFour>;
+      if (g.chunks == 8) return &Block<T, kLanes, ChainKind::kEight>;
     }
-    return &Block<T, kLanes, 0>;
+    return g.segments == 1 ? &Block<T, kLanes, ChainKind::kSingle> : &Block<T, kLanes, ChainKind::kSegmented>;
   }
 
   // Makes room for `lanes` more behind the newest sample and returns where they go.

@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <span>
-#include <type_traits>
 #include <utility>
 #include <vector>
 

@@ -5,6 +5,7 @@
 #include <limits>
 #include <map>
 #include <numbers>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -107,6 +108,37 @@ TEST(PolyRootsTest, OneOfTwoNearRootsIsReachedFromTheWrongSideOfTheRealAxis) {
         d > 0 ? std::vector<double>{1, apart, 1, -apart} : std::vector<double>{1 + apart, 0, 1 - apart, 0};
     EXPECT_LE(WorstDistance(roots, expected), d == 0 ? 1e-15 : 3e-16) << d;  // double: the root of 1e-31
     EXPECT_TRUE(ConjugatesStandTogether(roots));
+  }
+}
+
+// Pairs so close that an eigenvalue routine often takes real roots for complex ones and the reverse. The correction
+// p / p' at each root tells how far it is from a true one.
+TEST(PolyRootsTest, NoRootIsHeldCaptiveByTheSymmetryOfTheStart) {
+  std::mt19937_64 generator(1);
+  std::uniform_real_distribution<double> uniform(-1, 1);
+  for (int trial = 0; trial < 1000; ++trial) {
+    TVec centres;
+    centres.Size(2 * (2 + trial % 5), TMtxFloatPrecision::DoubleComplex);
+    for (std::int32_t i = 0; i < centres.Length(); i += 2) {
+      const double c = uniform(generator);
+      const double d = std::pow(10, -10 + 2 * uniform(generator));
+      const TCplx half = uniform(generator) > 0 ? TCplx{d, 0} : TCplx{0, d};
+      test::Put(centres, i, Cplx(c) + half);
+      test::Put(centres, i + 1, Cplx(c) - half);
+    }
+    TVec p;
+    TVec roots;
+    PolyCoeff(centres, p);
+    PolyRoots(p, roots);
+    TVec derivative;
+    derivative.Size(p.Length() - 1, p);
+    for (std::int32_t i = 0; i < derivative.Length(); ++i) {
+      derivative.SetDefault(i, p[i] * (derivative.Length() - i));
+    }
+    for (std::int32_t i = 0; i < roots.Length(); ++i) {
+      const TCplx z = At(roots, i);
+      ASSERT_LE(CAbs(CDiv(PolyEval(z, p), PolyEval(z, derivative))), 1e-13 * CAbs(z)) << trial;
+    }
   }
 }
 
