@@ -106,7 +106,8 @@ constexpr BasicCplx<R> CSqr(BasicCplx<R> z) {
 }
 
 /// a / b, scaled so that it over- or underflows only where the quotient does. Division by zero gives infinities or NaN
-/// as the real quotients would. Literature: Baudin, Smith, "A robust complex division in Scilab", 2012.
+/// as the real quotients would.
+/// Literature: Baudin, Smith, "A robust complex division in Scilab", 2012.
 PASSBAND_EXPORT TCplx CDiv(TCplx a, TCplx b);
 PASSBAND_EXPORT TSCplx CDiv(TSCplx a, TSCplx b);
 PASSBAND_EXPORT TCplx CDiv(double a, TCplx b);

@@ -17,9 +17,9 @@ template <Element T>
 Status FirCreate(const T* taps, std::int32_t count, FirHandle& state) noexcept;
 
 /// Creates a multi-rate filter. Each input sample is placed at position `up_phase` of its block of `up` samples at the
-/// high rate, the rest of the block is zero; the taps filter at the high rate; of each block of `down` high-rate samples
-/// the one at position `down_phase` is kept.
-/// Fails with BadSize, BadFactor (up or down < 1), BadPhase (not 0 <= phase < factor), NullPointer, OutOfMemory.
+/// high rate, the rest of the block is zero; the taps filter at the high rate; of each block of `down` high-rate
+/// samples the one at position `down_phase` is kept. Fails with BadSize, BadFactor (up or down < 1), BadPhase (not 0 <=
+/// phase < factor), NullPointer, OutOfMemory.
 template <Element T>
 Status FirMultiRateCreate(const T* taps, std::int32_t count, std::int32_t up, std::int32_t up_phase, std::int32_t down,
                           std::int32_t down_phase, FirHandle& state) noexcept;
@@ -28,8 +28,8 @@ Status FirMultiRateCreate(const T* taps, std::int32_t count, std::int32_t up, st
 template <Element T>
 Status FirFilter(FirState& state, const T* src, T* dst, std::int32_t count) noexcept;
 
-/// Makes `iterations` steps, each of which takes `down` samples from `src` and puts `up` samples to `dst`. `dst` must not
-/// overlap `src`. Allocates nothing.
+/// Makes `iterations` steps, each of which takes `down` samples from `src` and puts `up` samples to `dst`. `dst` must
+/// not overlap `src`. Allocates nothing.
 template <Element T>
 Status FirMultiRateFilter(FirState& state, const T* src, T* dst, std::int32_t iterations) noexcept;
 

@@ -39,17 +39,17 @@ struct TFirState {
 /// \param UpPhase     0 .. L - 1
 /// \param DownSample  M >= 1
 /// \param DownPhase   0 .. M - 1
-/// \throws Exception "FIRTaps.Length = 0"; "(DownSample < 1) or (UpSample < 1)"; "ippsFirMRInitAllocd failed with error
-/// "
-///         and a status: -27 for a phase outside its range, -28 for factors that are too large, -9 for want of memory
-///         (of a single-rate filter: "ippsFirSRInitAllocd failed with error " or "ippsFirInitAllocd failed with error
-///         ")
+/// \throws Exception "FIRTaps.Length = 0"; "(DownSample < 1) or (UpSample < 1)"; and, each followed by a status,
+///         "ippsFirMRInitAllocd failed with error " (multi-rate), "ippsFirSRInitAllocd failed with error " or
+///         "ippsFirInitAllocd failed with error " (single-rate): -27 a phase is outside its range, -28 the factors are
+///         too large, -9 there is no memory
 /// Precision: the taps as they are. Against exact arithmetic the largest output error on noise is at most 3 eps of the
-/// largest output at 255 taps. From about a thousand taps single-rate filters work through Fourier transforms behind a
-/// direct head of the filter, with no added delay: the error is then at most 2 eps |h|_2 |x|_2, x over the last 2 T
-/// samples, so that quiet samples close to a loud one keep its noise, and a NaN or an infinity at input p reaches no
-/// earlier output but may reach outputs up to about T plus one partition after p, where a short filter has it in p .. p
-/// + T - 1. Cost: O(T) memory and, for long filters, their transforms; `FirFilter` afterwards allocates nothing.
+/// largest output at 255 taps. From 512 taps on single-rate filters work through transforms of blocks behind a direct
+/// head of the filter, with no added delay: the error is then at most eps |h|_2 |x|_2, x over the last T samples and
+/// two blocks, so that quiet samples close to a loud one keep its noise. A NaN or an infinity at input p reaches no
+/// earlier output; a short filter has it in p .. p + T - 1, a long one up to ceil(T/B) B + B - 1 samples after p, where
+/// B is its longest block (64 to 4096, growing with T).
+/// Cost: O(T) memory and, for long filters, their transforms; `FirFilter` afterwards allocates nothing.
 /// Literature: Crochiere, Rabiner, "Multirate Digital Signal Processing", Prentice-Hall, 1983; Gardner, "Efficient
 /// convolution without input-output delay", J. Audio Eng. Soc. 43, 1995.
 PASSBAND_EXPORT void FirInit(const TVec& FIRTaps, TFirState& State, std::int32_t UpSample = 1, std::int32_t UpPhase = 0,

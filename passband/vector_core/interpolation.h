@@ -28,7 +28,8 @@ enum class TInterpolationType : std::uint8_t {
 /// \throws ECoreError "Interpolate: complex X", "Interpolate: X has 3 elements, Y 4", "Interpolate: no points",
 /// "Interpolate: X is not finite", "Interpolate: X does not ascend strictly", "the operands have precisions single and
 /// double"
-/// Precision: double, rounded once. Cost: O(X.Length + NewX.Length), with log(X.Length) per element when not sorted.
+/// Precision: double, rounded once.
+/// Cost: O(X.Length + NewX.Length), with log(X.Length) per element when not sorted.
 /// Literature: de Boor, "A Practical Guide to Splines", revised ed., 2001, chapter IV.
 PASSBAND_EXPORT void Interpolate(const TVec& X, const TVec& Y, const TVec& NewX, TVec& NewY,
                                  TInterpolationType Type = TInterpolationType::Linear, bool SortedX = false);

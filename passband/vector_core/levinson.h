@@ -14,9 +14,10 @@ namespace passband {
 /// \throws ECoreError "Levinson: no elements", "Levinson: an element is not finite"
 /// When the prediction error sinks to the rounding level of r[0] (perfectly predictable data, or r[0] = 0), the lags
 /// seen so far determine the predictor, and its remaining coefficients are zero. For an autocorrelation that is
-/// positive definite all zeros of A lie inside the unit circle. Precision: double, rounded once. Cost: p^2
-/// multiplications. Literature: Durbin, "The fitting of time-series models", Revue de l'Institut International de
-/// Statistique 28, 1960; Kay, "Modern Spectral Estimation", 1988, section 6.3.
+/// positive definite all zeros of A lie inside the unit circle. Precision: double, rounded once.
+/// Cost: p^2 multiplications.
+/// Literature: Durbin, "The fitting of time-series models", Revue de l'Institut International de Statistique 28, 1960;
+/// Kay, "Modern Spectral Estimation", 1988, section 6.3.
 PASSBAND_EXPORT void Levinson(const TVec& R, TVec& A);
 
 /// Also gives what the recursion passes on its way.

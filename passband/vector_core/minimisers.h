@@ -40,9 +40,10 @@ PASSBAND_EXPORT double MinBrent(const std::function<double(double)>& Cost, doubl
 /// \param Tolerance  relative size of the last simplex, >= 0
 /// \throws ECoreError "Simplex: no cost function", "Simplex: complex elements", "Simplex: no elements", "Simplex: an
 /// element is not finite", "Simplex: MaxIter < 0", "Simplex: not (Tolerance >= 0)"; what `Cost` throws passes, and `X`
-/// is unchanged Literature: Nelder, Mead, "A simplex method for function minimization", The Computer Journal 7, 1965;
-/// coefficients for many variables: Gao, Han, "Implementing the Nelder-Mead simplex algorithm with adaptive
-/// parameters", Computational Optimization and Applications 51, 2012.
+/// is unchanged
+/// Literature: Nelder, Mead, "A simplex method for function minimization", The Computer Journal 7, 1965; coefficients
+/// for many variables: Gao, Han, "Implementing the Nelder-Mead simplex algorithm with adaptive parameters",
+/// Computational Optimization and Applications 51, 2012.
 PASSBAND_EXPORT double Simplex(const std::function<double(const TVec&)>& Cost, TVec& X, std::int32_t MaxIter = 1000,
                                double Tolerance = 1e-10);
 

@@ -40,8 +40,8 @@ PASSBAND_EXPORT void PolyRoots(const TVec& P, TVec& Roots);
 /// \throws ECoreError "PolyCoeff: a root is not finite", "PolyCoeff: a coefficient is outside the range of a double"
 /// Precision: the factors are multiplied in twice the digits of a double, in Leja's order, which keeps the partial
 /// products small; the coefficients are those of the given roots but for the last rounding wherever the partial
-/// products do not exceed them by more than 1e14. Cost: O(n^2). Literature: Calvetti, Reichel, "On the evaluation of
-/// polynomial coefficients", Numerical Algorithms 33, 2003.
+/// products do not exceed them by more than 1e14. Cost: O(n^2).
+/// Literature: Calvetti, Reichel, "On the evaluation of polynomial coefficients", Numerical Algorithms 33, 2003.
 PASSBAND_EXPORT void PolyCoeff(const TVec& Roots, TVec& P);
 
 /// The characteristic polynomial det(x I - A), from the eigenvalues of A; real for a real matrix.

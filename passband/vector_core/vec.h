@@ -184,7 +184,8 @@ class PASSBAND_EXPORT TVec : public TDense {
   /// length of `Src`. Raises "IFFTToReal: real elements".
   void IFFTToReal(const TVec& Src, bool OddLength = false);
   /// Linear convolution y[n] = sum Kernel[k] Src[n - k], length Src.Length + Kernel.Length - 1; complex when one operand
-  /// is. Direct for short kernels, through transforms for long ones. Empty when an operand is.
+  /// is. Direct where an operand is shorter than 64, through transforms of blocks beyond: there a NaN or an infinity
+  /// spreads over its block. Empty when an operand is.
   void Convolve(const TVec& Src, const TVec& Kernel);
   /// r[k] = 1/N sum x[n + k] conj(x[n]), k = 0 .. Lags; zero from lag N on. Raises "AutoCorrBiased: Lags < 0".
   void AutoCorrBiased(const TVec& Src, std::int32_t Lags);

@@ -17,8 +17,9 @@ namespace passband::SignalUtils {
 /// \return       `Vec`
 /// \throws ECoreError, text of `TVec::ValidateParams`, when the stretch leaves `Vec`; nothing has changed then
 /// Precision: w is the exact ratio, rounded once to double and once to the precision of `Vec`; symmetric to the last
-/// bit. Cost: one pass over the stretch; allocates nothing. Literature: Harris, "On the use of windows for harmonic
-/// analysis with the discrete Fourier transform", Proceedings of the IEEE 66, January 1978.
+/// bit. Cost: one pass over the stretch; allocates nothing.
+/// Literature: Harris, "On the use of windows for harmonic analysis with the discrete Fourier transform", Proceedings
+/// of the IEEE 66, January 1978.
 PASSBAND_EXPORT TVec& Bartlett(TVec& Vec, std::int32_t Index = 0, std::int32_t Len = -1);
 
 }  // namespace passband::SignalUtils

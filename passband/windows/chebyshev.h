@@ -30,10 +30,11 @@ namespace passband::SignalUtils {
 /// \return       `Vec`
 /// \throws ECoreError, text of `TVec::ValidateParams`, when the stretch leaves `Vec`; nothing has changed then
 /// Precision: w is computed in double and rounded once to the precision of `Vec`. All terms are positive: nothing
-/// cancels. Cost: the series ends where its terms no longer count, 10 to 40 terms for each of Len / 2 points at usual
-/// values. Literature: Dolph, "A current distribution for broadside arrays which optimizes the relationship between
-/// beam width and side-lobe level", Proceedings of the IRE 34, June 1946; Bresler, "A new algorithm for calculating the
-/// current distributions of Dolph-Chebyshev arrays", IEEE Transactions on Antennas and Propagation 28, November 1980.
+/// cancels.
+/// Cost: the series ends where its terms no longer count, 10 to 40 terms for each of Len / 2 points at usual values.
+/// Literature: Dolph, "A current distribution for broadside arrays which optimizes the relationship between beam width
+/// and side-lobe level", Proceedings of the IRE 34, June 1946; Bresler, "A new algorithm for calculating the current
+/// distributions of Dolph-Chebyshev arrays", IEEE Transactions on Antennas and Propagation 28, November 1980.
 PASSBAND_EXPORT TVec& Chebyshev(TVec& Vec, double Param, std::int32_t Index = 0, std::int32_t Len = -1);
 
 }  // namespace passband::SignalUtils

@@ -56,9 +56,10 @@ PASSBAND_EXPORT TVec& BlackmanHarris(TVec& Vec, TSignalWindowMode Mode = TSignal
 
 /// a0 = 0.2810639, a1 = 0.5208972, a2 = 0.1980399: a main lobe so flat that the amplitude of a tone between two bins of
 /// a transform reads true within about 0.02 dB. The ends are negative, the middle is 1.000001.
-/// One element is left as it is when symmetric. Literature: Heinzel, Ruediger, Schilling, "Spectrum and spectral
-/// density estimation by the discrete Fourier transform (DFT), including a comprehensive list of window functions and
-/// some new flat-top windows", Max Planck Institute for Gravitational Physics, 2002.
+/// One element is left as it is when symmetric.
+/// Literature: Heinzel, Ruediger, Schilling, "Spectrum and spectral density estimation by the discrete Fourier
+/// transform (DFT), including a comprehensive list of window functions and some new flat-top windows", Max Planck
+/// Institute for Gravitational Physics, 2002.
 PASSBAND_EXPORT TVec& FlatTop(TVec& Vec, TSignalWindowMode Mode = TSignalWindowMode::wmSymmetric,
                               std::int32_t Index = 0, std::int32_t Len = -1);
 

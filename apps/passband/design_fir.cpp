@@ -1,0 +1,73 @@
+#include "design_fir.h"
+
+#include <memory>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "failure.h"
+#include "fir_options.h"
+#include "output_file.h"
+#include "plot.h"
+#include "tap_design.h"
+#include "tap_file.h"
+#include "tap_response.h"
+
+namespace passband_cli {
+namespace {
+
+struct Options {
+  FirOptions fir;
+  double rate_hz = 0;
+  std::string format;
+  std::string out;
+  std::string plot;
+  bool log_axis = false;
+  std::string precision = "double";
+};
+
+TapFormat FormatOf(const Options& options) {
+  if (!options.format.empty()) return options.format == "json" ? TapFormat::Json : TapFormat::Csv;
+  return options.out.ends_with(".json") ? TapFormat::Json : TapFormat::Csv;
+}
+
+void Run(const Options& options) {
+  if (!options.plot.empty()) CheckPlotPath(options.plot);
+  const TapSet set = DesignTaps(options.fir, options.rate_hz, options.precision == "double");
+  const std::string text = FormatTaps(set, FormatOf(options));
+  if (!options.plot.empty()) DrawResponse(set, options.log_axis, options.plot);
+  if (options.out.empty()) {
+    PrintText(text);
+  } else {
+    TextOutput output(options.out);
+    output.Write(text);
+    output.Finish();
+  }
+}
+
+}  // namespace
+
+void AddDesignCommand(CLI::App& app) {
+  CLI::App* design = app.add_subcommand("design", "Design a filter and print its taps");
+  design->require_subcommand(1);
+  const auto options = std::make_shared<Options>();
+  CLI::App* command = design->add_subcommand("fir", "FIR filters of linear phase, by the window method");
+  AddFirOptions(*command, options->fir).front()->required();
+  command->add_option("--rate", options->rate_hz, "Sampling rate")->required()->type_name("HZ");
+  AddPrecisionOption(*command, options->precision);
+  command->add_option("--format", options->format, "csv or json [by the extension of --out, else csv]")
+      ->check(CLI::IsMember({"csv", "json"}).description(""))
+      ->type_name("NAME");
+  command->add_option("--out", options->out, "File to write instead of standard output")->type_name("FILE");
+  command->add_option("--plot", options->plot, "Draw the magnitude response into this .svg file")->type_name("FILE");
+  command->add_flag("--log", options->log_axis, "A logarithmic frequency axis for --plot");
+  command->footer(
+      FirHelp() +
+      "Examples:\n"
+      "  passband design fir --type lowpass --edges 3000,3500 --rate 48000 --attenuation 80\n"
+      "  passband design fir --type bandpass --edges 200,300,3400,3500 --rate 48000 --out taps.json --plot taps.svg\n"
+      "  passband design fir --method window --window blackman --length 101 --type highpass --edges 80 --rate 8000");
+  command->callback([options] { Run(*options); });
+}
+
+}  // namespace passband_cli

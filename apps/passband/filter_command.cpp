@@ -1,0 +1,230 @@
+#include "filter_command.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "channel_filters.h"
+#include "failure.h"
+#include "filter_stream.h"
+#include "fir_options.h"
+#include "output_file.h"
+#include "progress.h"
+#include "signal_file.h"
+#include "tap_design.h"
+#include "tap_file.h"
+
+namespace passband_cli {
+namespace {
+
+struct Options {
+  std::string in;
+  std::string out;
+  std::string taps;
+  FirOptions fir;
+  std::optional<double> rate_hz;
+  std::int32_t block = 4096;
+  RateChange rate;
+  bool align = false;
+  bool quiet = false;
+  std::string precision = "double";
+  std::string subtype = "same";
+};
+
+// Everything that one run works with.
+struct Job {
+  std::unique_ptr<SignalReader> reader;
+  double rate_hz = 0;  // of the input; 0 when unknown
+  TapSet taps;
+  RateChange rate;
+  std::int64_t skip = 0;   // output frames that only hold the delay
+  std::int64_t block = 1;  // frames
+  SignalFormat output;
+};
+
+double InputRate(const Options& options, const SignalFormat& format) {
+  if (!options.rate_hz) return format.rate_hz;
+  CheckRate(*options.rate_hz);
+  if (format.rate_hz > 0 && format.rate_hz != *options.rate_hz) {
+    Fail("--rate: {} has {} Hz, not {} Hz", options.in, format.rate_hz, *options.rate_hz);
+  }
+  return *options.rate_hz;
+}
+
+TapSet Taps(const Options& options, double rate_hz) {
+  const bool is_double = options.precision == "double";
+  if (options.taps.empty()) {
+    if (options.fir.type.empty()) Fail("a filter is required: --taps FILE, or --type with its edges");
+    if (!(rate_hz > 0)) Fail("--rate is required: {} does not tell its sampling rate", options.in);
+    return DesignTaps(options.fir, rate_hz * options.rate.up, is_double);
+  }
+  TapSet set = ReadTaps(options.taps, is_double);
+  const double wanted_hz = rate_hz * options.rate.up;
+  if (set.rate_hz > 0 && wanted_hz > 0 && set.rate_hz != wanted_hz) {
+    fmt::print(stderr, "passband: note: the taps are made for {} Hz and used at {} Hz; their frequencies move along\n",
+               set.rate_hz, wanted_hz);
+  }
+  return set;
+}
+
+// A linear-phase filter delays everything by half its length; other filters have no one delay to take out.
+void CheckLinearPhase(const passband::TVec& taps) {
+  constexpr double kTolerance = 1e-6;  // of the largest tap: above the rounding of single precision
+  const std::int32_t last = taps.Length() - 1;
+  double largest = 0;
+  double even = 0;
+  double odd = 0;
+  for (std::int32_t n = 0; n <= last; ++n) {
+    largest = std::max(largest, std::abs(taps[n]));
+    even = std::max(even, std::abs(taps[n] - taps[last - n]));
+    odd = std::max(odd, std::abs(taps[n] + taps[last - n]));
+  }
+  if (std::min(even, odd) > kTolerance * largest) Fail("--align: the taps are not symmetric, so there is no one delay");
+}
+
+// The delay is (taps - 1) / 2 at the high rate: the phase takes what is left of it beside whole output samples.
+void Align(Job& job) {
+  CheckLinearPhase(job.taps.taps);
+  const std::int32_t delay = (job.taps.taps.Length() - 1) / 2;
+  job.rate.down_phase = delay % job.rate.down;
+  job.skip = delay / job.rate.down;
+}
+
+SignalFormat OutputFormat(const Options& options, const Job& job) {
+  SignalFormat format = job.reader->Format();
+  format.rate_hz = job.rate_hz * job.rate.up / job.rate.down;
+  if (format.frames >= 0) format.frames = FramesAfter(format.frames, job.rate);
+  if (options.subtype != "same") format.samples = SampleFormatFromName(options.subtype);
+  return format;
+}
+
+Job Prepare(const Options& options) {
+  constexpr std::int32_t kMostFactor = 65536;
+  constexpr std::int64_t kMostSamples = std::int64_t{1} << 28;
+  Job job;
+  job.rate = options.rate;
+  if (job.rate.up < 1 || job.rate.up > kMostFactor) Fail("--up: {} is not between 1 and {}", job.rate.up, kMostFactor);
+  if (job.rate.down < 1 || job.rate.down > kMostFactor) {
+    Fail("--down: {} is not between 1 and {}", job.rate.down, kMostFactor);
+  }
+  if (options.block < 1) Fail("--block: {} frames are no block", options.block);
+  job.reader = OpenSignal(options.in);
+  RefuseSameFile(options.in, options.out);
+  job.rate_hz = InputRate(options, job.reader->Format());
+  job.taps = Taps(options, job.rate_hz);
+  if (options.align) Align(job);
+  job.output = OutputFormat(options, job);
+  // A block is not larger than the file.
+  const std::int64_t frames = job.reader->Format().frames;
+  job.block = frames >= 0 ? std::clamp<std::int64_t>(frames, 1, options.block) : options.block;
+  if ((job.block + job.rate.down) * job.rate.up > kMostSamples / job.output.channels) {
+    Fail("--block: {} frames of {} channels are too many at once", job.block, job.output.channels);
+  }
+  return job;
+}
+
+std::string Summary(const Options& options, const Job& job, const FilterStream& stream, double seconds,
+                    double filter_seconds) {
+  std::string text;
+  const auto line = [&text]<class... Args>(fmt::format_string<Args...> format, Args&&... args) {
+    fmt::format_to(std::back_inserter(text), format, std::forward<Args>(args)...);
+    text += '\n';
+  };
+  const int channels = job.output.channels;
+  line("{}: {} frames, {} channel{}{}", options.out, stream.FramesOut(), channels, channels == 1 ? "" : "s",
+       job.output.rate_hz > 0 ? fmt::format(", {} Hz", job.output.rate_hz) : "");
+  line("filter: {}, {} precision, {}", job.taps.title, options.precision,
+       options.align ? "delay taken out"
+                     : fmt::format("delay {} samples", (job.taps.taps.Length() - 1) / 2.0 / job.rate.down));
+  const double real_time = static_cast<double>(stream.FramesIn()) / job.rate_hz / seconds;
+  line("time: {:.3g} s{}; the filter itself {:.3g} s, {:.3g} million samples a second", seconds,
+       job.rate_hz > 0 ? fmt::format(", {:.0f} times real time", real_time) : "", filter_seconds,
+       static_cast<double>(stream.FramesIn()) * channels / filter_seconds / 1e6);
+  if (stream.Padding() > 0) {
+    line("the last step of {} frames was completed with {} frames of zeros", job.rate.down, stream.Padding());
+  }
+  return text;
+}
+
+void Run(const Options& options) {
+  Job job = Prepare(options);
+  const int channels = job.output.channels;
+  ChannelFilters filters(job.taps.taps, channels, job.rate);
+  const std::unique_ptr<SignalWriter> writer = CreateSignal(options.out, job.output);
+  FilterStream stream(filters, *writer, channels, job.rate, job.skip);
+  const auto start = std::chrono::steady_clock::now();
+  {
+    Progress progress(job.reader->Format().frames);
+    std::vector<double> block(static_cast<std::size_t>(job.block) * static_cast<std::size_t>(channels));
+    while (const std::size_t frames = job.reader->Read(block)) {
+      stream.Add(std::span<const double>(block).first(frames * static_cast<std::size_t>(channels)));
+      progress.Update(stream.FramesIn());
+    }
+  }
+  stream.Finish();
+  writer->Finish();
+  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+  if (writer->SamplesOutOfRange() > 0) {
+    fmt::print(stderr,
+               "passband: note: {} samples were beyond full scale or not a number and were clipped; "
+               "--subtype float keeps them\n",
+               writer->SamplesOutOfRange());
+  }
+  if (!options.quiet) PrintText(Summary(options, job, stream, elapsed.count(), filters.Seconds()));
+}
+
+}  // namespace
+
+void AddFilterCommand(CLI::App& app) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* command = app.add_subcommand("filter", "Filter a recording, block by block");
+  command->add_option("--in", options->in, "Recording: wav, flac, aiff, ... or .csv, one column per channel")
+      ->required()
+      ->type_name("FILE");
+  command->add_option("--out", options->out, "Result: .wav, .w64, .flac, .aif or .csv")->required()->type_name("FILE");
+  command->add_option("--taps", options->taps, "Tap file of 'passband design'; or describe the filter below")
+      ->type_name("FILE");
+  const std::vector<CLI::Option*> description = AddFirOptions(*command, options->fir);
+  command->add_option("--rate", options->rate_hz, "Sampling rate of a CSV file")->type_name("HZ");
+  command->add_option("--block", options->block, "Frames per block; the result is the same for all")
+      ->type_name("FRAMES")
+      ->capture_default_str();
+  command->add_option("--up", options->rate.up, "Raise the sampling rate by this factor, before the filter")
+      ->type_name("FACTOR")
+      ->capture_default_str();
+  command->add_option("--down", options->rate.down, "Lower the sampling rate by this factor, behind the filter")
+      ->type_name("FACTOR")
+      ->capture_default_str();
+  command->add_flag("--align", options->align, "Take out the delay of the filter, which must have linear phase");
+  AddPrecisionOption(*command, options->precision);
+  command->add_option("--subtype", options->subtype, "Samples written: pcm8, pcm16, pcm24, pcm32, float, double, same")
+      ->type_name("NAME")
+      ->capture_default_str();
+  command->add_flag("--quiet", options->quiet, "No summary on standard output");
+  command->footer(
+      FirHelp() +
+      "The edges are frequencies of the rate at which the filter runs: that of the recording times --up. "
+      "With --up L,\na gain of L keeps the level. The result is as long as the recording; --align makes "
+      "up for (taps - 1) / 2\nsamples, exactly when the number of taps is odd.\n"
+      "Examples:\n"
+      "  passband filter --type bandpass --edges 200,300,3400,3500 --in speech.wav --out phone.wav --align\n"
+      "  passband filter --taps taps.json --in speech.wav --out half.wav --down 2");
+  command->callback([options, description] {
+    for (const CLI::Option* option : description) {
+      if (!options->taps.empty() && option->count() > 0) {
+        Fail("{} does not go with --taps, which tells the whole filter", option->get_name());
+      }
+    }
+    Run(*options);
+  });
+}
+
+}  // namespace passband_cli
