@@ -36,11 +36,14 @@ if [[ ! -f $build/build.ninja ]]; then
   options=(-B "$build" -DPASSBAND_BUILD_TESTS=OFF -DPASSBAND_WERROR=OFF)
 fi
 passband=$build/apps/passband/passband
-build_program() {
-  cmake --preset release "${options[@]}" && cmake --build "$build" --target passband_cli
-}
+build_failed() { tail -n 30 "$log" >&2; give_up "the build failed"; }
+cmake --preset release "${options[@]}" >"$log" 2>&1 || build_failed
 echo "building (a few minutes the first time) ..."
-build_program >"$log" 2>&1 || { tail -n 30 "$log" >&2; give_up "the build failed"; }
+if [[ -t 1 ]]; then  # the build shows its steps on a terminal
+  cmake --build "$build" --target passband_cli || give_up "the build failed"
+else
+  cmake --build "$build" --target passband_cli >"$log" 2>&1 || build_failed
+fi
 echo "built: $("$passband" --version)"
 
 if (( $# == 0 )); then

@@ -157,77 +157,87 @@ void RunExtended(const TVec& src, TVec& dst, TFirState& state, const Steps& step
   });
 }
 
-void CheckBlock(const TVec& src, const TFirState& state) {
+bool IsSingleRate(const TFirState& state) { return state.UpSample == 1 && state.DownSample == 1; }
+
+// src.Length L / M, which has to be a whole number. Single-rate streams skip the divisions, which cost as much as a
+// short block.
+std::int32_t OutputLength(const TVec& src, const TFirState& state) {
+  if (IsSingleRate(state)) return src.Length();
+  const std::int64_t high_rate_length = static_cast<std::int64_t>(src.Length()) * state.UpSample;
+  const std::int64_t length = high_rate_length / state.DownSample;
+  if (length * state.DownSample != high_rate_length) ERaise("FirFilter: (Input.Length mod FirSate.DownSample) <> 0");
+  if (length > std::numeric_limits<std::int32_t>::max()) ERaise("FirFilter: Dst.Length > 2147483647");
+  return static_cast<std::int32_t>(length);
+}
+
+// What can be refused; returns the length of the output.
+std::int32_t CheckBlock(const TVec& src, const TFirState& state) {
   if (!state.Initialized || state.State_Re == nullptr) ERaise(kNotInitialized);
   if (state.IsDouble != src.IsDouble()) ERaise("FirState.IsDouble <> Src.IsDouble");
-  if (static_cast<std::int64_t>(src.Length()) * state.UpSample % state.DownSample != 0) {
-    ERaise("FirFilter: (Input.Length mod FirSate.DownSample) <> 0");
-  }
+  const std::int32_t length = OutputLength(src, state);
   if (state.ComplexImpulse) {
     if (state.Statec == nullptr) ERaise(kNoComplexState);
   } else if (src.Complex() && state.State_Im == nullptr) {
     ERaise(kRealStateOnly);
   }
+  return length;
 }
 
-std::int32_t OutputLength(const TVec& src, const TFirState& state) {
-  const std::int64_t length = static_cast<std::int64_t>(src.Length()) * state.UpSample / state.DownSample;
-  if (length > std::numeric_limits<std::int32_t>::max()) ERaise("FirFilter: Dst.Length > 2147483647");
-  return static_cast<std::int32_t>(length);
+// True when the kernels cannot work from src to dst: they take distinct memory or, at a single rate, the same memory
+// element for element.
+bool NeedsCopy(const TVec& src, const TVec& dst, const TFirState& state, TMtxFloatPrecision precision) {
+  const auto from = src.Memory();
+  const auto to = dst.Memory();
+  const bool overlap = from.data() < to.data() + to.size() && to.data() < from.data() + from.size();
+  if (!overlap && &src != &dst) return false;
+  return !IsSingleRate(state) || from.data() != to.data() || src.Length() != dst.Length() ||
+         src.FloatPrecision() != precision || dst.FloatPrecision() != precision;
 }
 
-const std::byte* FirstByte(const TVec& v) {
-  return ForAny(v,
-                [&]<Element T>(ElementTag<T>) { return reinterpret_cast<const std::byte*>(v.Elements<T>().data()); });
-}
-std::size_t ByteCount(const TVec& v) {
-  return ForAny(v, [&]<Element T>(ElementTag<T>) { return v.Elements<T>().size_bytes(); });
-}
-bool Overlap(const TVec& a, const TVec& b) {
-  return FirstByte(a) < FirstByte(b) + ByteCount(b) && FirstByte(b) < FirstByte(a) + ByteCount(a);
+// Data and taps of the same kind: the kernel works on the caller's memory.
+void RunDirectly(const TVec& src, TVec& dst, TFirState& state, const Steps& steps) {
+  ForAny(src, [&]<Element T>(ElementTag<T>) {
+    FirState& primitive = IsComplex<T> ? *state.Statec : *state.State_Re;
+    Run<T>(primitive, src.Elements<T>().data(), dst.Elements<T>().data(), steps.count, steps);
+  });
 }
 
-void FilterBlock(const TVec& src, TVec& dst, TFirState& state) {
-  const std::int32_t length = OutputLength(src, state);
+// Complex data with real taps (split into parts) and real data with complex taps (extended), chunk by chunk.
+void RunConverted(const TVec& src, TVec& dst, std::int32_t length, TFirState& state, const Steps& steps) {
+  const bool split = src.Complex();
+  const std::size_t in = ChunkSize(steps, steps.in);
+  const Scratch scratch(split ? 2 * (in + ChunkSize(steps, steps.out)) : in, MakePrecision(!split, src.IsDouble()));
+  dst.Size(length, true, src.IsDouble());  // the last step that can fail; the state still stands
+  ForReal(src, [&]<RealElement R>(ElementTag<R>) {
+    if (split) {
+      RunParts<R>(src, dst, state, steps, scratch);
+    } else {
+      RunExtended<ComplexOf<R>>(src, dst, state, steps, scratch);
+    }
+  });
+}
+
+void FilterBlock(const TVec& src, TVec& dst, std::int32_t length, TFirState& state) {
   const TMtxFloatPrecision precision = MakePrecision(src.Complex() || state.ComplexImpulse, src.IsDouble());
-  // The kernels take src == dst element for element; anything else that shares memory is filtered from a copy.
-  const bool in_place = FirstByte(src) == FirstByte(dst) && state.UpSample == 1 && state.DownSample == 1 &&
-                        dst.Length() == length && dst.FloatPrecision() == precision &&
-                        src.FloatPrecision() == precision;
-  if (!in_place && (&src == &dst || Overlap(src, dst))) {
+  if (NeedsCopy(src, dst, state, precision)) {
     const Borrowed<TVec> copy;
     copy->Copy(src);
-    return FilterBlock(*copy, dst, state);
+    return FilterBlock(*copy, dst, length, state);
   }
-
-  const Steps steps{src.Length() / state.DownSample, state.DownSample, state.UpSample};
-  const bool split = src.Complex() && !state.ComplexImpulse;
-  const bool extended = !src.Complex() && state.ComplexImpulse;
-  if (!split && !extended) {
+  const Steps steps{IsSingleRate(state) ? src.Length() : src.Length() / state.DownSample, state.DownSample,
+                    state.UpSample};
+  if (src.Complex() == state.ComplexImpulse) {
     dst.Size(length, precision);  // the last step that can fail; the state still stands
-    ForAny(src, [&]<Element T>(ElementTag<T>) {
-      FirState& primitive = IsComplex<T> ? *state.Statec : *state.State_Re;
-      Run<T>(primitive, src.Elements<T>().data(), dst.Elements<T>().data(), steps.count, steps);
-    });
+    RunDirectly(src, dst, state, steps);
   } else {
-    const std::size_t in = ChunkSize(steps, steps.in);
-    const Scratch scratch(split ? 2 * (in + ChunkSize(steps, steps.out)) : in,
-                          split ? MakePrecision(false, src.IsDouble()) : precision);
-    dst.Size(length, precision);
-    ForReal(src, [&]<RealElement R>(ElementTag<R>) {
-      if (split) {
-        RunParts<R>(src, dst, state, steps, scratch);
-      } else {
-        RunExtended<ComplexOf<R>>(src, dst, state, steps, scratch);
-      }
-    });
+    RunConverted(src, dst, length, state, steps);
   }
   const std::int32_t written = steps.count * steps.out;
   if (written < length) dst.SetZero(written, length - written);
 }
 
 void CheckSingleRate(const TFirState& state) {
-  if (state.UpSample != 1 || state.DownSample != 1) ERaise("FirFilter: single samples need a single-rate state");
+  if (!IsSingleRate(state)) ERaise("FirFilter: single samples need a single-rate state");
 }
 
 }  // namespace
@@ -259,8 +269,7 @@ void FirInitReal(const TVec& FIRTaps, TFirState& State, std::int32_t UpSample, s
 
 void FirFilter(const TVec& Src, TVec& Dst, TFirState& State) {
   if (Src.Length() == 0) return Dst.Size(Src);
-  CheckBlock(Src, State);
-  FilterBlock(Src, Dst, State);
+  FilterBlock(Src, Dst, CheckBlock(Src, State), State);
 }
 
 void FirFilter(double Src, double& Dst, TFirState& State) {

@@ -65,6 +65,12 @@ class PASSBAND_EXPORT TDense {
   std::span<TSCplx> SCValues() { return Elements<TSCplx>(); }
   std::span<const TSCplx> SCValues() const { return Elements<TSCplx>(); }
 
+  /// The memory of the elements, whatever their type: for finding out whether two objects share some.
+  std::span<const std::byte> Memory() const {
+    const std::size_t element_bytes = sizeof(float) << (IsDouble() ? 1 : 0) << (Complex() ? 1 : 0);
+    return {data_, static_cast<std::size_t>(length_) * element_bytes};
+  }
+
   // Shape and precision
   /// Length (shape), precision and complex flag of `Src`; the values are not preserved.
   void Size(const TDense& Src);

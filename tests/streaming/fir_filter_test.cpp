@@ -140,6 +140,14 @@ TEST(FirFilter, LengthThatIsDivisibleWithoutBeingAMultiple) {
   EXPECT_TRUE(SameBits(y, TVec{0})) << y;
 }
 
+TEST(FirFilter, EqualFactorsWorkInPlaceToo) {
+  TFirState state{};
+  FirInit(TVec{1, 1}, state, 2, 0, 2, 1);  // keeps the second sample of each pair: the first tap meets the inserted zero
+  TVec data{1, 2, 3, 4};
+  FirFilter(data, data, state);
+  EXPECT_TRUE(SameValues(data, TVec{1, 2, 3, 4})) << data;
+}
+
 TEST(FirFilter, SamplesEqualBlocks) {
   for (const TMtxFloatPrecision precision : test::kPrecisions) {
     const TVec taps = Noise(17, precision, 3);
