@@ -8,15 +8,15 @@ core=${1:-1}
 rounds=${2:-3}
 tools/install-deps.sh bench >&2
 {
-  cmake --preset release -B build/bench -DPASSBAND_BUILD_BENCH=ON -DPASSBAND_BUILD_TESTS=OFF -DPASSBAND_BUILD_APPS=OFF
-  cmake --build build/bench -j "$(nproc)"
+  cmake --preset release -DPASSBAND_BUILD_BENCH=ON
+  cmake --build --preset release --target benches -j "$(nproc)"
 } >&2
 out=$(mktemp -d)
 trap 'rm -rf "$out"' EXIT
 export OMP_NUM_THREADS=1 OPENBLAS_NUM_THREADS=1
 for round in $(seq "$rounds"); do
   echo "round $round of $rounds" >&2
-  for bench in build/bench/bench/*_bench; do
+  for bench in build/release/bench/*_bench; do
     taskset -c "$core" "$bench" --turns 20 >"$out/rows_$(basename "$bench")_$round"
   done
   taskset -c "$core" /usr/bin/python3 bench/peers_scipy.py >"$out/peers_$round"
