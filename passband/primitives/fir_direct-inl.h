@@ -12,7 +12,8 @@
 
 #include "hwy/highway.h"
 #include "passband/primitives/fir_state_internal.h"
-#if HWY_TARGET == HWY_SCALAR
+// The two targets without vector registers: g++ builds the one, clang the other.
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 #include "passband/primitives/fir_direct_plain.h"
 #else
 #include "passband/primitives/fir_direct_long-inl.h"
@@ -23,7 +24,7 @@ HWY_BEFORE_NAMESPACE();
 namespace passband::primitives::HWY_NAMESPACE {
 namespace {
 
-#if HWY_TARGET != HWY_SCALAR
+#if HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128
 template <Element T, std::size_t kTaps>
 FirState* NewShort(const T* h) {
   return new ShortFir<T, kTaps>(h);
@@ -42,7 +43,7 @@ FirState* NewDirect(const T* h, std::int32_t count) {
   const std::size_t lanes = detail::FirLanes<T>(taps);
   constexpr std::size_t kFew = detail::FirLanes<T>(detail::kMaxShortFir + 1);
   constexpr std::size_t kMany = detail::FirLanes<T>(std::size_t{1} << 20);
-#if HWY_TARGET == HWY_SCALAR
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
   constexpr std::size_t kFewest = detail::FirLanes<T>(1);
   if (lanes == kFewest) return new PlainFir<T, kFewest>(h, taps);
   if (lanes == kFew) return new PlainFir<T, kFew>(h, taps);
