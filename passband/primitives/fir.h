@@ -11,15 +11,16 @@
 
 namespace passband::primitives {
 
-/// Creates a single-rate filter with `count` >= 1 taps. On failure `state` is left as it was.
+/// Creates a single-rate filter with `count` >= 1 taps: direct below 512 taps, from there on a partitioned convolution
+/// behind a direct head, where a NaN or an infinity may reach ceil(count / B) B + B - 1 samples far, B its longest block. On failure `state` is left as it was.
 /// Fails with BadSize (count < 1), NullPointer, OutOfMemory; throws nothing.
 template <Element T>
 Status FirCreate(const T* taps, std::int32_t count, FirHandle& state) noexcept;
 
 /// Creates a multi-rate filter. Each input sample is placed at position `up_phase` of its block of `up` samples at the
 /// high rate, the rest of the block is zero; the taps filter at the high rate; of each block of `down` high-rate
-/// samples the one at position `down_phase` is kept. Fails with BadSize, BadFactor (up or down < 1), BadPhase (not 0 <=
-/// phase < factor), NullPointer, OutOfMemory.
+/// samples the one at position `down_phase` is kept.
+/// Fails with BadSize, BadFactor (up or down < 1), BadPhase (not 0 <= phase < factor), NullPointer, OutOfMemory.
 template <Element T>
 Status FirMultiRateCreate(const T* taps, std::int32_t count, std::int32_t up, std::int32_t up_phase, std::int32_t down,
                           std::int32_t down_phase, FirHandle& state) noexcept;

@@ -17,7 +17,7 @@ std::string_view StatusText(Status status) {
     case Status::BadPhase:
       return "a phase is outside the range 0 to factor - 1";
     case Status::BadFactor:
-      return "a rate factor is below 1 or too large";
+      return "a rate factor is below 1";
   }
   return "unknown status";
 }

@@ -41,8 +41,8 @@ struct TFirState {
 /// \param DownPhase   0 .. M - 1
 /// \throws Exception "FIRTaps.Length = 0"; "(DownSample < 1) or (UpSample < 1)"; and, each followed by a status,
 ///         "ippsFirMRInitAllocd failed with error " (multi-rate), "ippsFirSRInitAllocd failed with error " or
-///         "ippsFirInitAllocd failed with error " (single-rate): -27 a phase is outside its range, -28 the factors are
-///         too large, -9 there is no memory
+///         "ippsFirInitAllocd failed with error " (single-rate): -27 a phase is outside its range, -9 there is no
+///         memory
 /// Precision: the taps as they are. Against exact arithmetic the largest output error on noise is at most 3 eps of the
 /// largest output at 255 taps. From 512 taps on single-rate filters work through transforms of blocks behind a direct
 /// head of the filter, with no added delay: the error is then at most eps |h|_2 |x|_2, x over the last T samples and
@@ -55,7 +55,7 @@ struct TFirState {
 PASSBAND_EXPORT void FirInit(const TVec& FIRTaps, TFirState& State, std::int32_t UpSample = 1, std::int32_t UpPhase = 0,
                              std::int32_t DownSample = 1, std::int32_t DownPhase = 0);
 
-/// `FirInit` for real taps and real data only: a third of the memory.
+/// `FirInit` for real taps and real data only: makes `State_Re` alone.
 /// \throws Exception as `FirInit`, and "Use FirInit to initialize complex filters!" for complex taps; a single-rate
 ///         failure reads "ippsFirInitAllocd failed with error " and the status
 PASSBAND_EXPORT void FirInitReal(const TVec& FIRTaps, TFirState& State, std::int32_t UpSample = 1,
@@ -75,7 +75,8 @@ PASSBAND_EXPORT void FirInitReal(const TVec& FIRTaps, TFirState& State, std::int
 ///         "FirFilter: (Input.Length mod FirSate.DownSample) <> 0";
 ///         "FirFilter: Real taps are used to filter complex signal. Use FirInit to initializate the Filter!" for
 ///         complex data on a record of `FirInitReal`; "FirFilter: Use FirInit to initializate the Filter!" for complex
-///         taps without a complex state; "FirFilter: Dst.Length > 2147483647"
+///         taps without a complex state; "FirFilter: Dst.Length > 2147483647"; "FirFilter: one step needs more than 2147483647
+///         elements" for complex data and a huge factor
 /// Cost: no allocation when `Dst` has the capacity and the thread's pool is warm, no lock.
 PASSBAND_EXPORT void FirFilter(const TVec& Src, TVec& Dst, TFirState& State);
 
@@ -97,7 +98,8 @@ PASSBAND_EXPORT void FirFilter(TCplx Src, TCplx& Dst, TFirState& State);
 /// \param Data  in and out; keeps its length and becomes complex when the taps are. An empty vector is left alone; a
 ///              refused one too.
 /// \throws as `FirInit` and `FirFilter` for the padded data; the sub-range text of `TVec` where the filtered stream is
-///         shorter than D div 2 + Data.Length (down-sampling)
+///         shorter than D div 2 + Data.Length (down-sampling); ECoreError "FirFilter: Data.Length + Taps.Length >
+///         2147483647"
 PASSBAND_EXPORT void FirFilter(TVec& Data, const TVec& Taps, std::int32_t UpSample = 1, std::int32_t DownSample = 1);
 
 /// Releases the delay lines and sets `Initialized` = false; harmless on a record that holds nothing.

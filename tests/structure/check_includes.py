@@ -10,7 +10,7 @@ MAY_KNOW = {
     "foundation": [],
     "fft": ["foundation"],
     "vector_core": ["foundation", "fft"],
-    "primitives": ["foundation", "fft"],
+    "primitives": ["foundation"],
     "windows": ["foundation", "vector_core", "primitives"],
     "streaming": ["foundation", "vector_core", "primitives"],
     "analysis": ["foundation", "fft", "vector_core", "primitives", "windows", "streaming"],
