@@ -2,8 +2,6 @@
 #include "passband/primitives/fir_direct_taps.h"
 #include "passband/primitives/fir_state_internal.h"
 
-// Processors between the baseline and SSE4 are too few for one more copy.
-#define HWY_DISABLED_TARGETS HWY_SSSE3
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "passband/primitives/fir_direct_f64.cpp"
 #include <hwy/foreach_target.h>
