@@ -68,6 +68,21 @@ TDense& TDense::operator=(TDense&& other) noexcept {
 
 TDense::~TDense() = default;
 
+void TDense::Take(TDense& Src) {
+  if (rows_ == Src.rows_ && cols_ == Src.cols_ && precision_ == Src.precision_) {
+    const auto from = Src.Memory();
+    if (!from.empty()) std::memmove(data_, from.data(), from.size());
+    return;
+  }
+  std::swap(buffer_, Src.buffer_);
+  std::swap(data_, Src.data_);
+  std::swap(length_, Src.length_);
+  std::swap(rows_, Src.rows_);
+  std::swap(cols_, Src.cols_);
+  std::swap(precision_, Src.precision_);
+  Notify();
+}
+
 void TDense::SetShape(std::int32_t rows, std::int32_t cols, TMtxFloatPrecision precision) {
   const std::int64_t length = static_cast<std::int64_t>(rows) * cols;
   if (rows < 0 || cols < 0) ERaise("Size: a length is negative");

@@ -85,6 +85,9 @@ class PASSBAND_EXPORT TDense {
 
   // Copies and conversions
   void Copy(const TDense& Src);
+  /// Takes the values of a temporary, which holds anything afterwards. Allocates nothing: a routine with several results
+  /// computes them aside and stores them together. An object that has the size of `Src` keeps its memory, as in `Size`.
+  void Take(TDense& Src);
   /// The real parts (a copy of real data).
   void RealPart(const TDense& Src);
   /// A complex copy with zero imaginary parts (whatever the flag); complex data stay as they are.

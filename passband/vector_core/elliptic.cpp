@@ -1,42 +1,17 @@
 #include "passband/vector_core/elliptic.h"
 
-#include <array>
 #include <boost/math/special_functions/ellint_rf.hpp>
 #include <boost/math/special_functions/ellint_rg.hpp>
 #include <cmath>
-#include <cstddef>
 #include <limits>
 
 #include "passband/foundation/exceptions.h"
+#include "passband/vector_core/landen_internal.h"
 
 namespace passband {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
-// Means of the descending Landen transformation: a[n], b[n] are the arithmetic and geometric means of the pair before,
-// starting with 1 and sqrt(1 - m); they meet quadratically.
-struct LandenMeans {
-  static constexpr std::size_t kMaxSteps = 16;
-  std::array<double, kMaxSteps> a{};
-  std::array<double, kMaxSteps> b{};
-  std::size_t steps = 0;
-  double limit = 1;
-
-  explicit LandenMeans(double complementary) {
-    double arithmetic = 1;
-    double geometric = std::sqrt(complementary);
-    while (steps < kMaxSteps) {
-      a[steps] = arithmetic;
-      b[steps] = geometric;
-      ++steps;
-      limit = (arithmetic + geometric) / 2;
-      if (std::abs(arithmetic - geometric) <= 1e-9 * arithmetic) break;  // the next pair agrees in all digits
-      geometric = std::sqrt(arithmetic * geometric);
-      arithmetic = limit;
-    }
-  }
-};
 
 }  // namespace
 
@@ -67,29 +42,12 @@ void EllipJacoby(double U, double M, double& Sn, double& Cn, double& Dn) {
     Dn = Cn;
     return;
   }
-  const LandenMeans means(1 - M);
+  const detail::LandenMeans<double> means(std::sqrt(1 - M));
   const double phase = means.limit * U;
-  const double sine = std::sin(phase);
-  const double cosine = std::cos(phase);
-  if (std::abs(sine) < 1e-100) {  // the squares below would overflow; the functions are straight lines here
-    Sn = sine / means.limit;
-    Cn = std::copysign(1.0, cosine);
-    Dn = 1;
-    return;
-  }
-  // c is a[n] cn / sn and d is dn of the functions at step n. All sums below are of positive terms.
-  double c = means.limit * (cosine / sine);
-  double d = 1;
-  double next = means.limit;
-  for (std::size_t n = means.steps; n-- > 0;) {
-    const double t = c * c / next;
-    c *= d;
-    d = (means.b[n] + t) / (means.a[n] + t);
-    next = means.a[n];
-  }
-  Sn = std::copysign(1 / std::hypot(1.0, c), sine);
-  Cn = c * Sn;
-  Dn = d;
+  const detail::Jacobi<double> at = detail::JacobiAtPhase(std::sin(phase), std::cos(phase), means);
+  Sn = at.sn;
+  Cn = at.cn;
+  Dn = at.dn;
 }
 
 }  // namespace passband

@@ -3,6 +3,7 @@
 
 #include "passband/vector_core/dispatch.h"
 #include "passband/vector_core/elliptic.h"
+#include "passband/vector_core/generalized_eigenvalues.h"
 #include "passband/vector_core/interpolation.h"
 #include "passband/vector_core/levinson.h"
 #include "passband/vector_core/minimisers.h"

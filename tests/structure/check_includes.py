@@ -23,7 +23,7 @@ MAY_KNOW = {
 THIRD_PARTY = [
     (r"^fftw3\.h$|kissfft|kiss_fft", r"^fft/\w+\.(cpp|h)$"),
     (r"^Eigen/|^unsupported/Eigen/", r"^vector_core/\w+\.cpp$"),
-    (r"^boost/", r"^vector_core/\w+\.cpp$"),
+    (r"^boost/", r"^(vector_core|iir_design)/\w+\.cpp$"),
     (r"^hwy/", r"^primitives/[\w-]+\.(cpp|h)$"),
 ]
 

@@ -1,0 +1,70 @@
+// Chebyshev filters: equal ripples in the pass band (type I) or in the stop band (type II).
+#pragma once
+
+#include <cstdint>
+
+#include "passband/foundation/enumerations.h"
+#include "passband/foundation/export.h"
+#include "passband/foundation/open_array.h"
+#include "passband/vector_core/mtx.h"
+#include "passband/vector_core/vec.h"
+
+namespace passband::IIRFilters {
+
+/// Designs a Chebyshev filter of type I: the gain runs between 1 and 10^(-Ripple / 20) in the pass band, which ends at the
+/// cut-offs, and falls monotonically outside. Arguments, routes, result and texts as `ButterFilter`, and:
+///
+/// Gain: 1 is the top of the ripple band on ftZeroPoleAnalog. A digital bandstop, and every filter of ftZeroPoleDiscrete,
+/// has gain 1 at its reference point instead (zero frequency, half the sampling frequency, the centre), which for an
+/// even order is the bottom of the ripple band: its pass band then rises to +Ripple dB.
+///
+/// \param Ripple  in dB, > 0
+/// \throws ECoreError also "Analog not supported with ftZeroPoleDiscrete"; what `ChebyshevIAnalog` raises
+PASSBAND_EXPORT double ChebyshevIFilter(std::int32_t Order, double Ripple, OpenArray CutoffFreq,
+                                        SignalUtils::TFilterType FilterType, bool Analog, TVec& z, TVec& p, double& k,
+                                        TIirFrequencyTransform Transform = TIirFrequencyTransform::ftZeroPoleAnalog);
+
+/// The same as a transfer function; see `ButterFilter` on how fragile it is.
+PASSBAND_EXPORT double ChebyshevIFilter(std::int32_t Order, double Ripple, OpenArray CutoffFreq,
+                                        SignalUtils::TFilterType FilterType, bool Analog, TVec& num, TVec& den,
+                                        TIirFrequencyTransform Transform = TIirFrequencyTransform::ftZeroPoleAnalog);
+
+/// The same as second-order sections, the form to filter with.
+PASSBAND_EXPORT double ChebyshevIFilter(std::int32_t Order, double Ripple, OpenArray CutoffFreq,
+                                        SignalUtils::TFilterType FilterType, bool Analog, TVec& sos,
+                                        TIirFrequencyTransform Transform = TIirFrequencyTransform::ftZeroPoleAnalog);
+
+/// The same in state space.
+/// \throws ECoreError "(A.IsDouble <> B.IsDouble) or (A.IsDouble <> C.IsDouble)"; "Order > MaxIirOrder" (50), first
+PASSBAND_EXPORT double ChebyshevIFilter(std::int32_t Order, double Ripple, OpenArray CutoffFreq,
+                                        SignalUtils::TFilterType FilterType, bool Analog, TMtx& A, TVec& B, TVec& C,
+                                        double& D);
+
+/// Designs a Chebyshev filter of type II: the gain falls monotonically from 1 in the pass band to 10^(-Attenuation / 20) at
+/// the cut-offs, the edges of the stop band, and stays at or below that in ripples. Arguments, routes and texts as
+/// `ButterFilter`; ftZeroPoleDiscrete returns 0, ftStateSpaceAnalog computes the zeros too (`LTIZeros`).
+///
+/// \param Attenuation  in dB, > 0
+/// \throws ECoreError also "Analog not supported with ftZeroPoleDiscrete"; what `ChebyshevIIAnalog` raises
+PASSBAND_EXPORT double ChebyshevIIFilter(std::int32_t Order, double Attenuation, OpenArray CutoffFreq,
+                                         SignalUtils::TFilterType FilterType, bool Analog, TVec& z, TVec& p, double& k,
+                                         TIirFrequencyTransform Transform = TIirFrequencyTransform::ftZeroPoleAnalog);
+
+/// The same as a transfer function; see `ButterFilter` on how fragile it is.
+PASSBAND_EXPORT double ChebyshevIIFilter(std::int32_t Order, double Attenuation, OpenArray CutoffFreq,
+                                         SignalUtils::TFilterType FilterType, bool Analog, TVec& num, TVec& den,
+                                         TIirFrequencyTransform Transform = TIirFrequencyTransform::ftZeroPoleAnalog);
+
+/// The same as second-order sections, the form to filter with.
+PASSBAND_EXPORT double ChebyshevIIFilter(std::int32_t Order, double Attenuation, OpenArray CutoffFreq,
+                                         SignalUtils::TFilterType FilterType, bool Analog, TVec& sos,
+                                         TIirFrequencyTransform Transform = TIirFrequencyTransform::ftZeroPoleAnalog);
+
+/// The same in state space.
+/// \throws ECoreError "(A.IsDouble <> B.IsDouble) or (A.IsDouble <> C.IsDouble)"; "Order > MaxIirOrder" (50); "CutoffFreq.Length >
+///         2", first
+PASSBAND_EXPORT double ChebyshevIIFilter(std::int32_t Order, double Attenuation, OpenArray CutoffFreq,
+                                         SignalUtils::TFilterType FilterType, bool Analog, TMtx& A, TVec& B, TVec& C,
+                                         double& D);
+
+}  // namespace passband::IIRFilters
