@@ -54,9 +54,20 @@ def windows(name, dtype):
                best(lambda: np.multiply(x, signal.windows.kaiser(4096, 9), out=x), 4096))
 
 
+def iir_direct(name, dtype):
+    for order in (4, 8):
+        b, a = (taps.astype(dtype) for taps in signal.butter(order, 0.2))
+        x, zi = noise(65536, dtype), np.zeros(order, dtype)
+        for block in (64, 512, 4096, 65536):
+            part = x[:block]
+            report("iir_direct", f"type={name};order={order};block={block}", "scipy_lfilter",
+                   best(lambda: signal.lfilter(b, a, part, zi=zi), block))
+
+
 if __name__ == "__main__":
     for type_name, element in TYPES.items():
         fir(type_name, element)
         multirate(type_name, element)
         windows(type_name, element)
+        iir_direct(type_name, element)
     sys.exit(0)

@@ -14,6 +14,8 @@ std::string_view StatusText(Status status) {
       return "a pointer is null";
     case Status::OutOfMemory:
       return "not enough memory";
+    case Status::DivisionByZero:
+      return "a coefficient that divides is zero";
     case Status::BadPhase:
       return "a phase is outside the range 0 to factor - 1";
     case Status::BadFactor:

@@ -12,6 +12,7 @@ enum class Status : std::int32_t {
   BadSize = -6,
   NullPointer = -8,
   OutOfMemory = -9,
+  DivisionByZero = -10,
   BadPhase = -27,
   BadFactor = -28,
 };

@@ -1,6 +1,7 @@
 #include <cmath>
 #include <limits>
 
+#include "tests/invariants/design_rows.h"
 #include "tests/invariants/rows.h"
 
 namespace passband::test {
@@ -12,6 +13,19 @@ using enum TMtxFloatPrecision;
 TVec Taps() { return Noise(21, DoubleReal, 1); }
 TVec SingleTaps() { return Noise(21, SingleReal, 1); }
 TVec Signal() { return Noise(50, DoubleComplex, 2); }
+TVec Numerator() { return TVec{0.5, 1, 0.25}; }
+TVec Denominator() { return TVec{1, -0.5, 0.25, 0.125}; }
+
+void FilterBySections(TVec& x, const TVec& sections, bool complex_data, bool zero_phase) {
+  TIirState state{};
+  IirInitBQ(sections, state, complex_data);
+  IirFilter(x, state, zero_phase);
+}
+
+std::vector<CallRow> Joined(std::vector<CallRow> rows, const std::vector<CallRow>& more) {
+  rows.insert(rows.end(), more.begin(), more.end());
+  return rows;
+}
 
 }  // namespace
 
@@ -31,6 +45,16 @@ const std::vector<CallRow>& CallRows() {
        }},
       {"FirFilter whole", Signal, [](TVec& x) { FirFilter(x, Noise(31, DoubleComplex, 5)); }},
       {"FirFilter whole to twice the rate", Signal, [](TVec& x) { FirFilter(x, Noise(31, DoubleReal, 5), 2, 1); }},
+      {"IirFilter whole", Signal, [](TVec& x) { IirFilter(x, Numerator(), Denominator()); }},
+      {"IirFilter whole, zero phase", Signal, [](TVec& x) { IirFilter(x, Numerator(), Denominator(), true); }},
+      {"IirFilter zero phase", Taps,
+       [](TVec& x) {
+         FilterBySections(x, TVec{1, 2, 1, 4, -1, 1}, false, true);
+       }},
+      {"IirFilter complex zero phase", Signal,
+       [](TVec& x) {
+         FilterBySections(x, TVec{1, 2, 1, 4, -1, 1}, true, true);
+       }},
       {"FFT", Signal, [](TVec& x) { x.FFT(); }},
       {"Convolve", Signal, [](TVec& x) { x.Convolve(Noise(40, DoubleReal, 1), Noise(30, DoubleReal, 2)); }},
       {"Abs", Signal, [](TVec& x) { x.Abs(); }},
@@ -39,7 +63,8 @@ const std::vector<CallRow>& CallRows() {
       {"SetFloatPrecision", Signal, [](TVec& x) { x.SetFloatPrecision(SingleReal); }},
       {"PolyRoots", Taps, [](TVec& x) { PolyRoots(Noise(9, DoubleReal, 4), x); }},
   };
-  return rows;
+  static const std::vector<CallRow> all = Joined(rows, DesignRows());
+  return all;
 }
 
 const std::vector<CallRow>& RefusedRows() {
@@ -63,6 +88,30 @@ const std::vector<CallRow>& RefusedRows() {
       {"FirFilter whole, other precision", Signal, [](TVec& x) { FirFilter(x, SingleTaps()); }},
       {"FirFilter whole, factor", Signal, [](TVec& x) { FirFilter(x, Taps(), 0, 1); }},
       {"FirFilter whole, too short", Signal, [](TVec& x) { FirFilter(x, Noise(22, DoubleReal, 1), 1, 4); }},
+      {"IirFilter whole, no taps", Taps, [](TVec& x) { IirFilter(x, TVec{}, Denominator()); }},
+      {"IirFilter whole, no denominator", Taps, [](TVec& x) { IirFilter(x, Numerator(), TVec{}, true); }},
+      {"IirFilter whole, division by zero", Taps,
+       [](TVec& x) {
+         IirFilter(x, Numerator(), TVec{0, 1});
+       }},
+      {"IirFilter whole, other precision", SingleTaps, [](TVec& x) { IirFilter(x, Numerator(), Denominator(), true); }},
+      {"IirFilter real state", Signal,
+       [](TVec& x) {
+         FilterBySections(x, TVec{1, 2, 1, 4, -1, 1}, false, false);
+       }},
+      {"IirFilter zero phase, real state", Signal,
+       [](TVec& x) {
+         FilterBySections(x, TVec{1, 2, 1, 4, -1, 1}, false, true);
+       }},
+      {"IirFilter no section", Taps,
+       [](TVec& x) {
+         FilterBySections(x, TVec{1, 2, 1, 4, -1}, false, false);
+       }},
+      {"IirFilter empty record", Taps,
+       [](TVec& x) {
+         TIirState state{};
+         IirFilter(x, state);
+       }},
       {"CosineTappered percent", Taps, [](TVec& x) { CosineTappered(x, 101, 0, 5); }},
       {"CosineTappered NaN", Taps, [](TVec& x) { CosineTappered(x, std::nan(""), 0, 5); }},
       {"FractionalKaiser offset", Taps, [](TVec& x) { FractionalKaiser(x, 5, -0.1, 1); }},
@@ -72,7 +121,8 @@ const std::vector<CallRow>& RefusedRows() {
       {"Add precision", Taps, [](TVec& x) { x.Add(SingleTaps()); }},
       {"Hilbert", Signal, [](TVec& x) { x.Hilbert(Signal()); }},
   };
-  return rows;
+  static const std::vector<CallRow> all = Joined(rows, RefusedDesignRows());
+  return all;
 }
 
 }  // namespace passband::test

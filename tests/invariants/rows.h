@@ -32,6 +32,7 @@ struct StreamRow {
   std::int32_t memory;      ///< inputs that a law runs over before a stream counts as warm
   bool in_place;            ///< Src may be Dst
   std::function<std::unique_ptr<Stream>()> make;
+  bool refusal_sizes = false;  ///< a refused call has sized Dst already
 };
 const std::vector<StreamRow>& StreamRows();
 

@@ -62,6 +62,98 @@ StreamRow FirRow(TMtxFloatPrecision data, TMtxFloatPrecision taps, FirKind kind)
   return row;
 }
 
+struct IirKind {
+  bool sections;
+  std::int32_t count;  // sections, or the order
+  bool in_place = false;
+};
+
+// Poles near the middle of the upper half of the unit disc, zeros anywhere.
+TVec IirTaps(IirKind kind, bool is_double) {
+  TVec taps;
+  const auto put = [&](std::int32_t at, double value) { Put(taps, at, {value, 0}); };
+  if (kind.sections) {
+    taps = Noise(6 * kind.count, MakePrecision(false, is_double), 21);
+    for (std::int32_t k = 0; k < kind.count; ++k) {
+      put(6 * k + 3, 2);
+      put(6 * k + 4, -2.0 * (k + 1) / (kind.count + 1));
+      put(6 * k + 5, 1.2 + 0.4 * k / kind.count);
+    }
+  } else {
+    taps = Noise(2 * kind.count + 2, MakePrecision(false, is_double), 22);
+    put(kind.count + 1, 2);
+    for (std::int32_t k = 1; k <= kind.count; ++k) {
+      put(kind.count + 1 + k, At(taps, kind.count + 1 + k).Re * (k == 1 ? 1.0 : 0.8 / kind.count));
+    }
+  }
+  return taps;
+}
+
+class IirStream : public Stream {
+ public:
+  IirStream(IirKind kind, TMtxFloatPrecision data)
+      : kind_(kind), data_(data), taps_(IirTaps(kind, IsDoublePrecision(data))) {}
+
+  void Init() override {
+    if (kind_.sections) {
+      IirInitBQ(taps_, state_, IsComplexPrecision(data_));
+    } else {
+      IirInit(taps_, state_, IsComplexPrecision(data_));
+    }
+  }
+  void Filter(const TVec& src, TVec& dst) override {
+    if (!kind_.in_place) return IirFilter(src, dst, state_);
+    work_.Copy(src);
+    dst.Size(src);
+    IirFilter(work_, state_);
+    dst.Copy(work_);
+  }
+  bool FilterSample(TCplx x, TCplx& y) override {
+    switch (data_) {
+      case SingleReal:
+        y = {static_cast<double>(Sample(static_cast<float>(x.Re))), 0};
+        break;
+      case DoubleReal:
+        y = {Sample(x.Re), 0};
+        break;
+      case SingleComplex:
+        y = static_cast<TCplx>(Sample(static_cast<TSCplx>(x)));
+        break;
+      case DoubleComplex:
+        y = Sample(x);
+    }
+    return true;
+  }
+
+ private:
+  template <Element T>
+  T Sample(T x) {
+    T y{};
+    IirFilter(x, y, state_);
+    return y;
+  }
+
+  IirKind kind_;
+  TMtxFloatPrecision data_;
+  TVec taps_;
+  TVec work_;
+  TIirState state_{};
+};
+
+StreamRow IirRow(TMtxFloatPrecision data, IirKind kind) {
+  StreamRow row;
+  row.name = "Iir " + Name(data) + " " + std::to_string(kind.count) + (kind.sections ? " sections" : " order") +
+             (kind.in_place ? " in place" : "");
+  row.data = data;
+  row.granule = 1;
+  row.rate = 1;
+  row.memory = 2 * kind.count;
+  row.in_place = true;
+  row.refusal_sizes = true;
+  row.make = [=] { return std::make_unique<IirStream>(kind, data); };
+  return row;
+}
+
 }  // namespace
 
 const std::vector<StreamRow>& StreamRows() {
@@ -77,6 +169,11 @@ const std::vector<StreamRow>& StreamRows() {
       all.push_back(FirRow(data, taps, {33, 3, 2, 2, 1}));
       all.push_back(FirRow(data, taps, {40, 1, 0, 8, 3}));
       all.push_back(FirRow(data, taps, {40, 8, 5, 1, 0}));
+    }
+    for (const TMtxFloatPrecision data : kPrecisions) {
+      for (const std::int32_t order : {0, 1, 3, 4, 9, 25}) all.push_back(IirRow(data, {false, order}));
+      for (const std::int32_t sections : {1, 2, 3, 4, 9, 25}) all.push_back(IirRow(data, {true, sections}));
+      for (const bool sections : {false, true}) all.push_back(IirRow(data, {sections, 4, true}));
     }
     return all;
   }();

@@ -140,13 +140,21 @@ TEST_P(StreamLaws, RefusedCallChangesNothing) {
   const auto stream = Row().make();
   TVec y{1, 2, 3};
   const TVec untouched = y;
+  const auto expect_untouched = [&](const TVec& src) {
+    if (Row().refusal_sizes) {
+      EXPECT_EQ(y.Length(), src.Length());
+      EXPECT_EQ(y.FloatPrecision(), src.FloatPrecision());
+    } else {
+      EXPECT_TRUE(SameBits(y, untouched));
+    }
+  };
   EXPECT_THROW(stream->Filter(x, y), Exception);  // before Init
-  EXPECT_TRUE(SameBits(y, untouched));
+  expect_untouched(x);
   stream->Init();
   TVec other = x;
   other.SetFloatPrecision(MakePrecision(x.Complex(), !x.IsDouble()));
   EXPECT_THROW(stream->Filter(other, y), Exception);
-  EXPECT_TRUE(SameBits(y, untouched));
+  expect_untouched(other);
   if (Row().granule > 1 && std::floor(Row().rate) != Row().rate) {
     EXPECT_THROW(stream->Filter(Slice(x, 0, 1), y), Exception);
     EXPECT_TRUE(SameBits(y, untouched));
