@@ -64,10 +64,21 @@ def iir_direct(name, dtype):
                    best(lambda: signal.lfilter(b, a, part, zi=zi), block))
 
 
+def iir_design():
+    params = "family={};type=bandpass;order={};form=sos"
+    elliptic = params.format("elliptic", 10)
+    for form in ("zpk", "sos"):  # zeros, poles and gain alone are a part of what our row does
+        report("iir_design", elliptic, f"scipy_{form}",
+               best(lambda: signal.ellip(10, 0.5, 60, [0.2, 0.4], "bandpass", output=form), 1))
+    report("iir_design", params.format("butterworth", 5), "scipy_sos",
+           best(lambda: signal.butter(5, [0.2, 0.4], "bandpass", output="sos"), 1))
+
+
 if __name__ == "__main__":
     for type_name, element in TYPES.items():
         fir(type_name, element)
         multirate(type_name, element)
         windows(type_name, element)
         iir_direct(type_name, element)
+    iir_design()
     sys.exit(0)
