@@ -1,5 +1,6 @@
 // Design of FIR filters.
 #pragma once
 
+#include "passband/fir_design/fractional_fir.h"
 #include "passband/fir_design/kaiser_fir.h"
 #include "passband/fir_design/windowed_fir.h"
