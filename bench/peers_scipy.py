@@ -7,6 +7,7 @@ import numpy as np
 from scipy import signal
 
 TYPES = {"f32": np.float32, "f64": np.float64}
+COMPLEX = {"f32": np.complex64, "f64": np.complex128}
 
 
 def best(call, samples, seconds=0.25):
@@ -74,11 +75,41 @@ def iir_design():
            best(lambda: signal.butter(5, [0.2, 0.4], "bandpass", output="sos"), 1))
 
 
+def iir_sections(name, dtype):
+    for sections in (1, 2, 4, 8, 25):
+        sos = signal.butter(2 * sections, 0.2, output="sos").astype(dtype)
+        for type_name, element in ((name, dtype), (name.replace("f", "c"), COMPLEX[name])):
+            x, zi = noise(65536, dtype).astype(element), np.zeros((sections, 2), element)
+            nanoseconds = best(lambda: signal.sosfilt(sos, x, zi=zi), len(x))
+            for block in (64, 512, 4096):
+                report("iir_sections", f"type={type_name};sections={sections};block={block}", "scipy_sosfilt", nanoseconds)
+
+
+def zoom(name, dtype):
+    x = noise(4096, dtype)
+    for count in (1, 16):
+        table = np.exp(-2j * np.pi * np.outer(0.01 + 0.025 * np.arange(count), np.arange(4096))).astype(COMPLEX[name])
+        report("goertzel", f"type={name};frequencies={count};samples=4096", "numpy_stored",
+               best(lambda: table @ x, 4096 * count))
+    planned = signal.ZoomFFT(4096, [0.1, 0.15], 1024, fs=1)
+    report("chirp_z", f"type={name};samples=4096;points=1024", "scipy_planned", best(lambda: planned(x), 4096))
+
+
+def frequency_response():
+    b = np.array([0.1, 0.2, 0.3, 0.2, 0.1, 0.2, 0.3, 0.2, 0.1])
+    a = np.array([1, -0.5, 0.3, -0.1, 0.05, 0.02, 0.01, 0.002, 0.001])
+    params = "type=f64;order=8;points=4096"
+    report("frequency_response", params, "scipy_freqz", best(lambda: signal.freqz(b, a, 4096), 4096))
+    report("frequency_response", params, "numpy_two_ffts",
+           best(lambda: np.fft.rfft(b, 8192) / np.fft.rfft(a, 8192), 4096))
+
+
 if __name__ == "__main__":
     for type_name, element in TYPES.items():
         fir(type_name, element)
         multirate(type_name, element)
         windows(type_name, element)
         iir_direct(type_name, element)
+        iir_sections(type_name, element)
     iir_design()
     sys.exit(0)

@@ -88,19 +88,22 @@ struct Chirps {
   Spiral spiral;
   std::shared_ptr<const fft::ComplexPlan<double>> plan;
   std::vector<TCplx> before;  // A^(-n) W^(n^2 / 2)
-  std::vector<TCplx> kernel;  // the transform of W^(-m^2 / 2), divided by its length
   std::vector<TCplx> after;   // W^(k^2 / 2)
-  std::vector<TCplx> work;
-  std::vector<TCplx> spectrum;
+  TVec kernel_data;           // of the transform, aligned as it likes it
+  TVec work_data;
+  TVec spectrum_data;
+  std::span<TCplx> kernel;  // the transform of W^(-m^2 / 2), divided by its length
+  std::span<TCplx> work;
+  std::span<TCplx> spectrum;
 
   explicit Chirps(const Spiral& s)
       : spiral(s),
         plan(fft::ComplexPlan<double>::Get(SmoothLength(std::int64_t{s.n} + s.k - 1))),
         before(static_cast<std::size_t>(s.n)),
-        kernel(static_cast<std::size_t>(plan->Length())),
         after(static_cast<std::size_t>(s.k)),
-        work(kernel.size()),
-        spectrum(kernel.size()) {
+        kernel(Allocate(kernel_data)),
+        work(Allocate(work_data)),
+        spectrum(Allocate(spectrum_data)) {
     const auto chirp = [&](std::size_t m, double sign) {
       Exponent exponent;
       const auto x = static_cast<double>(m);
@@ -120,6 +123,12 @@ struct Chirps {
       if (m > 0 && m < before.size()) work[work.size() - m] = value;
     }
     plan->Forward(work.data(), kernel.data());
+  }
+
+  std::span<TCplx> Allocate(TVec& data) const {
+    data.Size(plan->Length(), TMtxFloatPrecision::DoubleComplex);
+    data.SetZero();
+    return data.CValues();
   }
 
   template <class Load, class Store>

@@ -1,5 +1,6 @@
 #include "passband/analysis/frequency_response.h"
 
+#include <cmath>
 #include <cstddef>
 #include <span>
 
@@ -17,10 +18,19 @@ void Window(TVec& v, TSignalWindowType type, double parameter, std::int32_t leng
   SignalWindow(v, type, parameter, TSignalWindowMode::wmPeriodic, false, 0, length);
 }
 
+// Numbers of ordinary size need no care for over- and underflow.
+TCplx Quotient(TCplx x, TCplx y) {
+  const double power = y.Re * y.Re + y.Im * y.Im;
+  const double size = std::abs(x.Re) + std::abs(x.Im);
+  if (!(power > 1e-200 && power < 1e200 && size < 1e200)) return CDiv(x, y);
+  const double factor = 1 / power;
+  return {(x.Re * y.Re + x.Im * y.Im) * factor, (x.Im * y.Re - x.Re * y.Im) * factor};
+}
+
 void DivideBy(TVec& a, const TVec& b) {
   const std::span<TCplx> x = a.CValues();
   const std::span<const TCplx> y = b.CValues();
-  for (std::size_t i = 0; i < x.size(); ++i) x[i] = CDiv(x[i], y[i]);
+  for (std::size_t i = 0; i < x.size(); ++i) x[i] = Quotient(x[i], y[i]);
 }
 
 }  // namespace
