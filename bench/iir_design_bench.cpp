@@ -21,8 +21,8 @@ void MeasureDesigns(const Rows& rows) {
   std::vector<float> b(3 * 10);
   std::vector<float> a(3 * 10);
   const Peer liquid{"liquid_f32", [&] {
-                      liquid_iirdes(LIQUID_IIRDES_ELLIP, LIQUID_IIRDES_BANDPASS, LIQUID_IIRDES_SOS, 10, 0.1F,
-                                    0.141421F, 0.5F, 60.0F, b.data(), a.data());
+                      liquid_iirdes(LIQUID_IIRDES_ELLIP, LIQUID_IIRDES_BANDPASS, LIQUID_IIRDES_SOS, 10, 0.1F, 0.141421F,
+                                    0.5F, 60.0F, b.data(), a.data());
                     }};
   const auto elliptic = [&] {
     IIRFilters::EllipticFilter(10, 0.5, 60, {0.2, 0.4}, TFilterType::ftBandpass, false, sos);
@@ -30,7 +30,10 @@ void MeasureDesigns(const Rows& rows) {
   rows.Measure("iir_design", "family=elliptic;type=bandpass;order=10;form=sos", {.goal = 0.25}, elliptic, {});
   rows.Measure("iir_design", "family=elliptic;type=bandpass;order=10;form=sos;peer=f32", {}, elliptic, {liquid});
   rows.Measure("iir_design", "family=butterworth;type=bandpass;order=5;form=sos", {},
-               [&] { IIRFilters::ButterFilter(5, {0.2, 0.4}, TFilterType::ftBandpass, false, sos); }, {});
+               [&] {
+                 IIRFilters::ButterFilter(5, {0.2, 0.4}, TFilterType::ftBandpass, false, sos);
+               },
+               {});
 }
 
 }  // namespace

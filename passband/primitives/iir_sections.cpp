@@ -73,7 +73,10 @@ struct Layout {
   std::size_t Bytes(std::size_t sections) const {
     const std::size_t plain = (5 + 2 * kParts) * length * sizeof(double);
     if (sections > kIirMostGrouped) return plain;
-    return std::max(plain, (whole_bundles + 1) * sizeof(IirBundleOf<8, kParts>));
+    const std::size_t last = last_states == 2   ? sizeof(IirBundleOf<2, kParts>)
+                             : last_states == 4 ? sizeof(IirBundleOf<4, kParts>)
+                                                : sizeof(IirBundleOf<8, kParts>);
+    return std::max(plain, whole_bundles * sizeof(IirBundleOf<8, kParts>) + last);
   }
 };
 
@@ -88,7 +91,7 @@ template <Element T>
 bool MakeGroups(const Layout<T>& layout, const IirSection* sections, std::size_t count, IirSectionsState<T>& filter) {
   constexpr std::size_t kParts = Layout<T>::kParts;
   if (count > kIirMostGrouped) return false;
-  if (std::is_same_v<RealOf<T>, double> && detail::IirGroupsAreNoisier(sections, count)) return false;
+  if (std::is_same_v<RealOf<T>, double> && detail::IirGroupsMayBeNoisier(sections, count)) return false;
   std::byte* const memory = reinterpret_cast<std::byte*>(&filter) + Layout<T>::kRecord;
   filter.bundles = reinterpret_cast<IirBundleOf<8, kParts>*>(memory);
   filter.bundle_count = layout.whole_bundles;

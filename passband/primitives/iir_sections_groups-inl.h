@@ -7,272 +7,202 @@
 #endif
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <type_traits>
-#include <utility>
 
 #include "hwy/highway.h"
 #include "passband/primitives/iir_sections_internal.h"
+#include "passband/primitives/iir_sections_rows-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace passband::primitives::HWY_NAMESPACE {
 namespace {
-namespace hn = hwy::HWY_NAMESPACE;
 using detail::IirBundle;
 using detail::IirBundleOf;
 using detail::IirBundleSums;
 using detail::IirSectionsState;
-using detail::kIirGroup;
-using detail::kIirLeast;
-using detail::kIirSilence;
 
-// For lambdas that stand for lines of the function around them.
-#undef PASSBAND_UNFOLD
-#define PASSBAND_UNFOLD HWY_ATTR __attribute__((always_inline))
-
-// Calls body(k) for k = kFirst .. kCount - 1 as compile-time constants.
-template <std::size_t kCount, std::size_t kFirst = 0, class Body>
-HWY_INLINE void Repeat(const Body& body) {
-  if constexpr (kFirst < kCount) {
-    body(std::integral_constant<std::size_t, kFirst>());
-    Repeat<kCount, kFirst + 1>(body);
+// The lanes that a row of kLength doubles has, of a vector with the same number in all lanes.
+template <std::size_t kLength, class V>
+HWY_INLINE typename Row<kLength>::V Shortened(V v) {
+  if constexpr (std::is_same_v<V, typename Row<kLength>::V>) {
+    return v;
+  } else {
+    return Shortened<kLength>(hn::LowerHalf(v));
   }
 }
 
-// kLength doubles in the vectors of this instruction set.
-template <std::size_t kLength>
-struct Row {
-  using D = hn::CappedTag<double, kLength>;
-  using V = hn::Vec<D>;
-  static constexpr std::size_t kLanes = hn::MaxLanes(D());
-  static constexpr std::size_t kVectors = kLength / kLanes;
-  V v[kVectors];
+// The states of a bundle: in a register where up to four of them fill a vector, for storing them and loading them one by
+// one would take most of the time between two groups; else in memory.
+template <std::size_t kStates>
+class States {
+  using D = typename Row<kStates>::D;
+  static constexpr bool kInRegister = Row<kStates>::kLanes == kStates && kStates <= 4;
 
-  static HWY_INLINE Row Load(const double* p) {
-    Row row;
-    Repeat<kVectors>([&](auto i) PASSBAND_UNFOLD { row.v[i] = hn::Load(D(), p + i * kLanes); });
-    return row;
+ public:
+  HWY_INLINE explicit States(double* memory) : memory_(memory), row_(Row<kStates>::Load(memory)) {}
+
+  HWY_INLINE const Row<kStates>& All() const { return row_; }
+  HWY_INLINE void Renew(const Row<kStates>& fresh) {
+    row_ = fresh;
+    if constexpr (!kInRegister) row_.Store(memory_);
   }
-  static HWY_INLINE Row Zero() {
-    Row row;
-    Repeat<kVectors>([&](auto i) PASSBAND_UNFOLD { row.v[i] = hn::Zero(D()); });
-    return row;
-  }
-  HWY_INLINE void Store(double* p) const {
-    Repeat<kVectors>([&](auto i) PASSBAND_UNFOLD { hn::Store(v[i], D(), p + i * kLanes); });
-  }
-  HWY_INLINE Row operator+(const Row& other) const {
-    Row row;
-    Repeat<kVectors>([&](auto i) PASSBAND_UNFOLD { row.v[i] = hn::Add(v[i], other.v[i]); });
-    return row;
-  }
-  HWY_INLINE Row operator*(const Row& other) const {
-    Row row;
-    Repeat<kVectors>([&](auto i) PASSBAND_UNFOLD { row.v[i] = hn::Mul(v[i], other.v[i]); });
-    return row;
-  }
-  HWY_INLINE Row operator*(V factor) const {
-    Row row;
-    Repeat<kVectors>([&](auto i) PASSBAND_UNFOLD { row.v[i] = hn::Mul(v[i], factor); });
-    return row;
-  }
-  // The elements 2 k and 2 k + 1 exchanged.
-  HWY_INLINE Row Swapped() const {
-    Row row;
-    Repeat<kVectors>([&](auto i) PASSBAND_UNFOLD {
-#if HWY_TARGET == HWY_SCALAR
-      row.v[i] = v[i ^ 1];
-#else
-      row.v[i] = hn::Shuffle01(v[i]);
+  HWY_INLINE void Keep() const { row_.Store(memory_); }
+
+  // State k in all lanes of the vectors of a row.
+  template <std::size_t kLength, std::size_t k>
+  HWY_INLINE typename Row<kLength>::V Get() const {
+#if HWY_TARGET != HWY_SCALAR
+    if constexpr (kInRegister) {
+      const auto both = hn::Broadcast<k % 2>(row_.v[0]);
+      if constexpr (kStates == 2) {
+        return Spread<kLength>(both);
+      } else if constexpr (k < 2) {
+        return Spread<kLength>(hn::ConcatLowerLower(D(), both, both));
+      } else {
+        return Spread<kLength>(hn::ConcatUpperUpper(D(), both, both));
+      }
+    }
 #endif
-    });
-    return row;
+    return Broadcast<kLength>(memory_ + k);
   }
-  // Small numbers become 0.
-  HWY_INLINE void Silence() {
-    bool none = true;
-    Repeat<kVectors>([&](auto i) PASSBAND_UNFOLD {
-      none = none && hn::AllFalse(D(), hn::Lt(hn::Abs(v[i]), hn::Set(D(), kIirSilence)));
-    });
-    if (HWY_LIKELY(none)) return;
-    Repeat<kVectors>([&](auto i) PASSBAND_UNFOLD {
-      v[i] = hn::IfThenZeroElse(hn::Lt(hn::Abs(v[i]), hn::Set(D(), kIirSilence)), v[i]);
-    });
+
+ private:
+  template <std::size_t kLength, class V>
+  static HWY_INLINE typename Row<kLength>::V Spread(V v) {
+    if constexpr (Row<kLength>::kLanes == kStates) {
+      return v;
+    } else {
+      return hn::Set(typename Row<kLength>::D(), hn::GetLane(v));
+    }
   }
+
+  double* memory_;
+  Row<kStates> row_;
 };
 
-using Samples = Row<kIirGroup>;
-
-template <std::size_t kLength>
-HWY_INLINE typename Row<kLength>::V Broadcast(const double* p) {
-  return hn::Set(typename Row<kLength>::D(), *p);
+// The sum of columns kFirst .. kFirst + kCount - 1 times the states, as a balanced tree.
+template <std::size_t kLength, std::size_t kStates, std::size_t kCount = kStates, std::size_t kFirst = 0>
+HWY_INLINE Row<kLength> SumOverStates(const double* columns, const States<kStates>& states) {
+  if constexpr (kCount == 1) {
+    return Row<kLength>::Load(columns + kFirst * kLength) * states.template Get<kLength, kFirst>();
+  } else {
+    return SumOverStates<kLength, kStates, kCount / 2, kFirst>(columns, states) +
+           SumOverStates<kLength, kStates, kCount / 2, kFirst + kCount / 2>(columns, states);
+  }
 }
 
-// The sum of columns k .. k + kCount - 1 times the states, as a balanced tree.
-template <std::size_t kLength, std::size_t kCount, std::size_t kFirst = 0>
-HWY_INLINE Row<kLength> SumOverStates(const double* columns, const double* states) {
-  if constexpr (kCount == 1) {
-    return Row<kLength>::Load(columns + kFirst * kLength) * Broadcast<kLength>(states + kFirst);
-  } else {
-    return SumOverStates<kLength, kCount / 2, kFirst>(columns, states) +
-           SumOverStates<kLength, kCount / 2, kFirst + kCount / 2>(columns, states);
-  }
+// `v`, outputs from `first` of a group on, where they are later than `place`; else 0.
+HWY_INLINE Samples::V OnlyLater(Samples::V v, std::size_t first, std::size_t place) {
+  const Samples::D d;
+  HWY_ALIGN_MAX static constexpr double kIndex[kIirGroup]{0, 1, 2, 3, 4, 5, 6, 7};
+  return hn::IfThenElseZero(hn::Gt(hn::Load(d, kIndex + first), hn::Set(d, static_cast<double>(place))), v);
 }
 
 // Adds the column of sample j, x, to the sums of the later outputs.
 template <bool kMasked, std::size_t j>
 HWY_INLINE void AddDirect(const double* column, typename Samples::V x, Samples& sums) {
   using D = Samples::D;
-  HWY_ALIGN_MAX static constexpr double kIndex[kIirGroup]{0, 1, 2, 3, 4, 5, 6, 7};
   Repeat<Samples::kVectors, (j + 1) / Samples::kLanes>([&](auto i) PASSBAND_UNFOLD {
-    auto product = hn::Mul(hn::Load(D(), column + i * Samples::kLanes), x);
-    if constexpr (kMasked && i * Samples::kLanes <= j) {
-      const auto index = hn::Load(D(), kIndex + i * Samples::kLanes);
-      product = hn::IfThenElseZero(hn::Gt(index, hn::Set(D(), static_cast<double>(j))), product);
-    }
+    constexpr std::size_t first = i * Samples::kLanes;
+    auto product = hn::Mul(hn::Load(D(), column + first), x);
+    if constexpr (kMasked && first <= j) product = OnlyLater(product, first, j);
     sums.v[i] = hn::Add(sums.v[i], product);
   });
 }
 
 // The new states at the end of a group.
 template <std::size_t kStates>
-HWY_INLINE void Renew(const IirBundle<kStates>& tables, const Row<kStates>& inflow, double* states) {
-  using States = Row<kStates>;
-  const auto old = States::Load(states);
-  const auto rest = States::Load(tables.rest[0]) * old + States::Load(tables.rest[1]) * old.Swapped();
-  auto fresh = (rest + inflow) + SumOverStates<kStates, kStates>(tables.power[0], states);
+HWY_INLINE void Renew(const IirBundle<kStates>& tables, const Row<kStates>& inflow, States<kStates>& states) {
+  using R = Row<kStates>;
+  const auto rest = R::Load(tables.rest[0]) * states.All() + R::Load(tables.rest[1]) * states.All().Swapped();
+  auto fresh = (rest + inflow) + SumOverStates<kStates>(tables.power[0], states);
   fresh.Silence();
-  fresh.Store(states);
+  states.Renew(fresh);
 }
 
 template <std::size_t kStates>
-HWY_INLINE Samples Past(const IirBundle<kStates>& tables, const double* states) {
-  return SumOverStates<kIirGroup, kStates>(tables.past[0], states);
+HWY_INLINE Samples Past(const IirBundle<kStates>& tables, const States<kStates>& states) {
+  return SumOverStates<kIirGroup>(tables.past[0], states);
 }
 
 // One group of one part: the outputs for the inputs x; states are renewed.
 template <bool kMasked, std::size_t kStates>
-HWY_INLINE Samples RunGroup(const IirBundle<kStates>& tables, const double* x, double* states) {
+HWY_INLINE Samples RunGroup(const IirBundle<kStates>& tables, const double* x, States<kStates>& states) {
   auto direct = Samples::Zero();
   auto inflow = Row<kStates>::Zero();
   Repeat<kIirGroup>([&](auto j) PASSBAND_UNFOLD {
-    if constexpr (j + 1 < kIirGroup) AddDirect<kMasked, j>(tables.direct[j], Broadcast<kIirGroup>(x + j), direct);
-    inflow = inflow + Row<kStates>::Load(tables.inflow[j]) * Broadcast<kStates>(x + j);
+    const auto sample = Broadcast<kIirGroup>(x + j);
+    if constexpr (j + 1 < kIirGroup) AddDirect<kMasked, j>(tables.direct[j], sample, direct);
+    inflow = inflow + Row<kStates>::Load(tables.inflow[j]) * Shortened<kStates>(sample);
   });
   const auto y = (direct + Past(tables, states)) + Samples::Load(x) * Broadcast<kIirGroup>(&tables.gain);
   Renew(tables, inflow, states);
   return y;
 }
 
-HWY_INLINE double Widen(double x) { return x > -kIirLeast && x < kIirLeast ? 0.0 : x; }
-HWY_INLINE double Widen(float x) { return static_cast<double>(x); }
+constexpr std::size_t kGroupsAtOnce = 64;
+constexpr std::size_t kSamplesAtOnce = kGroupsAtOnce * kIirGroup;
 
-template <class R>
-constexpr double kLeastOutput = std::is_same_v<R, float> ? 0x1p-126 : kIirLeast;
+// Samples on their way through the bundles. Groups are taken long before they are used: what has
+// just been stored as a vector is slow to load sample by sample.
+template <std::size_t kParts>
+struct Passing {
+  HWY_ALIGN_MAX double x[kParts * kSamplesAtOnce];  // one part behind the other
+  bool finite;
+};
 
-template <class R>
-HWY_INLINE R Narrow(double y) {
-  return y > -kLeastOutput<R> && y < kLeastOutput<R> ? R{0} : static_cast<R>(y);
-}
-
-// Takes eight samples; their parts go to x, x + stride. False when some of them are not finite.
-template <std::size_t kParts, class R>
-HWY_INLINE bool TakeGroup(const R* src, double* x, std::size_t stride) {
-  using D = Samples::D;
-  const D d;
-  bool finite = true;
-  const auto put = [&](auto v, std::size_t part, std::size_t i) PASSBAND_UNFOLD {
-    if constexpr (std::is_same_v<R, double>) {
-      v = hn::IfThenZeroElse(hn::Lt(hn::Abs(v), hn::Set(d, kIirLeast)), v);
+// Runs whole groups through one bundle. The outputs go to y; they may take the places of the inputs, and must when there
+// are two parts.
+template <bool kMasked, std::size_t kStates, std::size_t kParts>
+void RunGroups(IirBundleOf<kStates, kParts>& bundle, Passing<kParts>& passing, double* y, std::size_t groups) {
+  const IirBundle<kStates> tables = bundle.tables;  // which no output can overwrite: it may stay in registers
+  States<kStates> re(bundle.sums[0].states);
+  States<kStates> im(bundle.sums[kParts - 1].states);
+  FiniteSoFar finite;
+  const auto run = [&](std::size_t n, States<kStates>& states) PASSBAND_UNFOLD {
+    const Samples outputs = RunGroup<kMasked>(tables, passing.x + n, states);
+    for (std::size_t i = 0; i < Samples::kVectors; ++i) {
+      const auto v = WithoutLeast(outputs.v[i]);
+      finite.See(v);
+      hn::StoreU(v, Samples::D(), y + n + i * Samples::kLanes);
     }
-    hn::Store(v, d, x + part * stride + i);
-    finite = finite && hn::AllTrue(d, hn::Eq(hn::Sub(v, v), hn::Zero(d)));
   };
-  Repeat<Samples::kVectors>([&](auto v) PASSBAND_UNFOLD {
-    constexpr std::size_t i = v * Samples::kLanes;
-    const hn::Rebind<R, D> narrow;
-    const auto wide = [&](auto loaded) PASSBAND_UNFOLD {
-      if constexpr (std::is_same_v<R, double>) {
-        return loaded;
-      } else {
-        return hn::PromoteTo(d, loaded);
-      }
-    };
-    if constexpr (kParts == 1) {
-      put(wide(hn::LoadU(narrow, src + i)), 0, i);
-    } else {
-      hn::Vec<decltype(narrow)> re, im;
-      hn::LoadInterleaved2(narrow, src + 2 * i, re, im);
-      put(wide(re), 0, i);
-      put(wide(im), 1, i);
-    }
-  });
-  return finite;
+  for (std::size_t n = 0; n < groups * kIirGroup; n += kIirGroup) {
+    run(n, re);
+    if constexpr (kParts == 2) run(kSamplesAtOnce + n, im);
+  }
+  passing.finite = finite.All();
+  re.Keep();
+  if constexpr (kParts == 2) im.Keep();
 }
 
-// Gives eight samples.
-template <std::size_t kParts, class R>
-HWY_INLINE void GiveGroup(const Samples (&y)[kParts], R* dst) {
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128  // whose conversion stops at the largest float
-  HWY_ALIGN_MAX double outputs[kIirGroup];
-  for (std::size_t part = 0; part < kParts; ++part) {
-    y[part].Store(outputs);
-    for (std::size_t n = 0; n < kIirGroup; ++n) dst[kParts * n + part] = Narrow<R>(outputs[n]);
-  }
-#else
-  Repeat<Samples::kVectors>([&](auto v) PASSBAND_UNFOLD {
-    constexpr std::size_t i = v * Samples::kLanes;
-    const Samples::D d;
-    const hn::Rebind<R, Samples::D> narrow;
-    const auto audible = [&](std::size_t part) PASSBAND_UNFOLD {
-      const auto output = hn::IfThenZeroElse(hn::Lt(hn::Abs(y[part].v[v]), hn::Set(d, kLeastOutput<R>)), y[part].v[v]);
-      if constexpr (std::is_same_v<R, double>) {
-        return output;
-      } else {
-        return hn::DemoteTo(narrow, output);
-      }
-    };
-    if constexpr (kParts == 1) {
-      hn::StoreU(audible(0), narrow, dst + i);
-    } else {
-      hn::StoreInterleaved2(audible(0), audible(1), narrow, dst + 2 * i);
-    }
-  });
-#endif
-}
-
-// Runs whole groups through one bundle; `dst` may be `src`.
-template <std::size_t kStates, std::size_t kParts, class In, class Out>
-void RunGroups(IirBundleOf<kStates, kParts>& bundle, const In* src, Out* dst, std::size_t groups) {
-  HWY_ALIGN_MAX double x[kParts][kIirGroup];
-  Samples y[kParts];
-  for (std::size_t group = 0; group < groups; ++group) {
-    const bool finite = TakeGroup<kParts>(src, x[0], kIirGroup);
-    Repeat<kParts>([&](auto part) PASSBAND_UNFOLD {
-      double* const states = bundle.sums[part].states;
-      if (HWY_LIKELY(finite)) {
-        y[part] = RunGroup<false>(bundle.tables, x[part], states);
-      } else {
-        y[part] = RunGroup<true>(bundle.tables, x[part], states);
-      }
-    });
-    GiveGroup<kParts>(y, dst);
-    src += kParts * kIirGroup;
-    dst += kParts * kIirGroup;
-  }
+template <std::size_t kStates, std::size_t kParts>
+HWY_INLINE void RunBundle(IirBundleOf<kStates, kParts>& bundle, Passing<kParts>& passing, double* y,
+                          std::size_t groups) {
+  passing.finite ? RunGroups<false>(bundle, passing, y, groups) : RunGroups<true>(bundle, passing, y, groups);
 }
 
 // Prepares the sums for single samples after a group.
 template <std::size_t kStates, std::size_t kParts>
-HWY_INLINE void BeginGroup(IirBundleOf<kStates, kParts>& bundle) {
+void BeginGroup(IirBundleOf<kStates, kParts>& bundle) {
   for (std::size_t part = 0; part < kParts; ++part) {
     auto& sums = bundle.sums[part];
-    Past(bundle.tables, sums.states).Store(sums.past);
+    Past(bundle.tables, States<kStates>(sums.states)).Store(sums.past);
     Samples::Zero().Store(sums.direct);
     Row<kStates>::Zero().Store(sums.inflow);
   }
+}
+
+template <std::size_t kStates, std::size_t kParts>
+HWY_NOINLINE void EndGroup(IirBundleOf<kStates, kParts>& bundle) {
+  for (auto& sums : bundle.sums) {
+    States<kStates> states(sums.states);
+    Renew(bundle.tables, Row<kStates>::Load(sums.inflow), states);
+    states.Keep();
+  }
+  BeginGroup(bundle);
 }
 
 // One part of sample `place` of a group through one bundle.
@@ -280,18 +210,16 @@ template <std::size_t kStates>
 HWY_INLINE double StepBundle(const IirBundle<kStates>& tables, IirBundleSums<kStates>& sums, std::size_t place,
                              double x) {
   using D = Samples::D;
-  using States = Row<kStates>;
+  using R = Row<kStates>;
   const double y = (sums.direct[place] + sums.past[place]) + tables.gain * x;
-  const auto inflow = States::Load(sums.inflow) + States::Load(tables.inflow[place]) * Broadcast<kStates>(&x);
+  const auto inflow = R::Load(sums.inflow) + R::Load(tables.inflow[place]) * Broadcast<kStates>(&x);
   inflow.Store(sums.inflow);
   if (place + 1 == kIirGroup) return y;
-  HWY_ALIGN_MAX static constexpr double kIndex[kIirGroup]{0, 1, 2, 3, 4, 5, 6, 7};
   const double* const column = tables.direct[place];
   Repeat<Samples::kVectors>([&](auto i) PASSBAND_UNFOLD {
     constexpr std::size_t k = i * Samples::kLanes;
-    const auto later = hn::Gt(hn::Load(D(), kIndex + k), hn::Set(D(), static_cast<double>(place)));
     const auto product = hn::Mul(hn::Load(D(), column + k), Broadcast<kIirGroup>(&x));
-    hn::Store(hn::Add(hn::Load(D(), sums.direct + k), hn::IfThenElseZero(later, product)), D(), sums.direct + k);
+    hn::Store(hn::Add(hn::Load(D(), sums.direct + k), OnlyLater(product, k, place)), D(), sums.direct + k);
   });
   return y;
 }
@@ -302,12 +230,7 @@ HWY_INLINE void StepBundleOf(IirBundleOf<kStates, kParts>& bundle, std::size_t p
   for (std::size_t part = 0; part < kParts; ++part) {
     x[part] = StepBundle(bundle.tables, bundle.sums[part], place, Widen(x[part]));
   }
-  if (place + 1 < kIirGroup) return;
-  for (std::size_t part = 0; part < kParts; ++part) {
-    auto& sums = bundle.sums[part];
-    Renew(bundle.tables, Row<kStates>::Load(sums.inflow), sums.states);
-  }
-  BeginGroup(bundle);
+  if (place + 1 == kIirGroup) EndGroup(bundle);
 }
 
 template <Element T, std::size_t kStates>
@@ -333,22 +256,26 @@ template <Element T, std::size_t kStates>
 HWY_INLINE void RunAllBundles(IirSectionsState<T>& filter, const T* src, T* dst, std::size_t groups) {
   using R = RealOf<T>;
   constexpr std::size_t kParts = IirSectionsState<T>::kParts;
-  constexpr std::size_t kChunk = 64 / kParts;  // groups
   auto& last = *static_cast<IirBundleOf<kStates, kParts>*>(filter.last);
   const auto* from = reinterpret_cast<const R*>(src);
   auto* to = reinterpret_cast<R*>(dst);
-  if (filter.bundle_count == 0) {
-    RunGroups(last, from, to, groups);
-    return;
-  }
-  HWY_ALIGN_MAX double between[kChunk * kParts * kIirGroup];
-  for (std::size_t done = 0; done < groups; done += kChunk) {
-    const std::size_t len = std::min(kChunk, groups - done);
-    RunGroups(filter.bundles[0], from, between, len);
-    for (std::size_t i = 1; i < filter.bundle_count; ++i) {
-      RunGroups(filter.bundles[i], static_cast<const double*>(between), between, len);
+  Passing<kParts> passing;
+  for (std::size_t done = 0; done < groups; done += kGroupsAtOnce) {
+    const std::size_t len = std::min(kGroupsAtOnce, groups - done);
+    FiniteSoFar finite;
+    for (std::size_t n = 0; n < len * kIirGroup; n += kIirGroup) {
+      TakeGroup<kParts>(from + kParts * n, passing.x + n, kSamplesAtOnce, finite);
     }
-    RunGroups(last, static_cast<const double*>(between), to, len);
+    passing.finite = finite.All();
+    for (std::size_t i = 0; i < filter.bundle_count; ++i) RunBundle(filter.bundles[i], passing, passing.x, len);
+    if constexpr (std::is_same_v<T, double>) {
+      RunBundle(last, passing, to, len);
+    } else {
+      RunBundle(last, passing, passing.x, len);
+      for (std::size_t n = 0; n < len * kIirGroup; n += kIirGroup) {
+        GiveGroup<kParts>(passing.x + n, kSamplesAtOnce, to + kParts * n);
+      }
+    }
     from += len * kParts * kIirGroup;
     to += len * kParts * kIirGroup;
   }

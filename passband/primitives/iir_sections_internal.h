@@ -38,10 +38,10 @@ inline constexpr std::size_t kIirGroup = 8;        // samples; tables and kernel
 inline constexpr std::size_t kIirBundle = 4;       // most sections of a bundle
 inline constexpr std::size_t kIirMostGrouped = 8;  // more sections are faster in plain form
 
-// Smaller inputs and outputs, and smaller state variables, become 0. Products of state variables with factors down to
-// 2^-63 stay normal numbers.
+// Smaller inputs and outputs, and smaller state variables, become 0. Products of state variables with small factors, and
+// the states of later sections that get an attenuated signal, stay normal numbers.
 inline constexpr double kIirLeast = 0x1p-1010;
-inline constexpr double kIirSilence = 0x1p-959;
+inline constexpr double kIirSilence = 0x1p-800;
 
 /// Taps of one section, divided by a0.
 struct IirSection {
@@ -107,7 +107,8 @@ struct IirSectionsState : IirStateOf<T> {
 template <std::size_t kStates>
 bool MakeIirBundle(const IirSection* sections, std::size_t count, IirBundle<kStates>& bundle) noexcept;
 
-/// True when rounding errors of the grouped form in double exceed those of the plain form.
-bool IirGroupsAreNoisier(const IirSection* sections, std::size_t count) noexcept;
+/// True unless an estimate finds the rounding errors of the grouped form in double well below those of the plain form;
+/// for at most kIirMostGrouped sections.
+bool IirGroupsMayBeNoisier(const IirSection* sections, std::size_t count) noexcept;
 
 }  // namespace passband::primitives::detail

@@ -7,19 +7,19 @@
 #endif
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <type_traits>
 
 #include "hwy/highway.h"
-#include "passband/primitives/iir_sections_groups-inl.h"
 #include "passband/primitives/iir_sections_internal.h"
+#include "passband/primitives/iir_sections_rows-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace passband::primitives::HWY_NAMESPACE {
 namespace {
 using detail::IirLanes;
+using detail::IirSectionsState;
 using detail::kIirLanes;
 using detail::kIirStretch;
 
@@ -92,13 +92,14 @@ T PlainOne(IirStateOf<T>& state, T input) noexcept {
 }
 
 #if HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128
-// kCount vectors of sections. At step t the section with lag l takes sample t - l.
-template <std::size_t kCount>
+// kCount vectors of sections, each section kSkew samples behind the one before it: at step t the section with lag l
+// takes sample t - l. A lag of two samples keeps the exchange between lanes out of the feedback path, but filling and
+// draining the lanes takes twice as many steps.
+template <std::size_t kCount, std::size_t kSkew>
 class Lanes {
   using D = hn::CappedTag<double, kIirLanes>;
   using V = hn::Vec<D>;
   static constexpr std::size_t kLanes = hn::MaxLanes(D());
-  static constexpr std::size_t kSkew = 2;
 
  public:
   // The sections from `base` on, whose first one is `first`.
@@ -116,7 +117,7 @@ class Lanes {
       z1_[v] = hn::Load(d, held1_ + v * kLanes);
       z2_[v] = hn::Load(d, held2_ + v * kLanes);
       x_[v] = hn::Zero(d);
-      next_x_[v] = hn::Zero(d);
+      coming_x_[v] = hn::Zero(d);
     });
   }
 
@@ -167,8 +168,10 @@ class Lanes {
     Repeat<kCount>([&](auto v) PASSBAND_UNFOLD { rotated[v] = hn::TableLookupLanes(y[v], rotate); });
     const auto front = hn::Eq(hn::Load(d, kFront), hn::Zero(d));
     Repeat<kCount>([&](auto v) PASSBAND_UNFOLD {
-      x_[v] = next_x_[v];
-      next_x_[v] = v == 0 ? rotated[0] : hn::IfThenElse(front, rotated[v > 0 ? v - 1 : 0], rotated[v]);
+      V x = rotated[v];
+      if constexpr (v > 0) x = hn::IfThenElse(front, rotated[v - 1], x);
+      x_[v] = kSkew == 1 ? x : coming_x_[v];
+      coming_x_[v] = x;
     });
     if (t + 1 < count) Enter(samples[t + 1]);
     if (!kMasked || t >= most_lag_) samples[t - most_lag_] = hn::GetLane(rotated[kCount - 1]);
@@ -186,14 +189,19 @@ class Lanes {
   std::size_t most_lag_;
   V lag_[kCount];
   V x_[kCount];
-  V next_x_[kCount];
+  V coming_x_[kCount];
   V z1_[kCount];
   V z2_[kCount];
 };
 
 template <std::size_t kCount>
 void RunLanes(const IirLanes& lanes, std::size_t part, std::size_t base, double* samples, std::size_t count) {
-  Lanes<kCount>(lanes, part, base, std::max(base, lanes.first)).Run(samples, count);
+  const std::size_t first = std::max(base, lanes.first);
+  if (count < 256) {
+    Lanes<kCount, 1>(lanes, part, base, first).Run(samples, count);
+  } else {
+    Lanes<kCount, 2>(lanes, part, base, first).Run(samples, count);
+  }
 }
 
 // All sections, as many vectors of them at a time as registers hold.
@@ -226,14 +234,14 @@ void PlainBlock(IirStateOf<T>& state, const T* src, T* dst, std::int32_t count) 
         for (std::size_t part = 0; part < kParts; ++part) act(kParts * n + part, samples[part * kIirStretch + n]);
       }
     };
-    for (std::size_t n = 0; n < in_groups; n += kIirGroup)
-      TakeGroup<kParts>(from + kParts * n, samples + n, kIirStretch);
+    FiniteSoFar finite;  // of no concern here
+    for (std::size_t n = 0; n < in_groups; n += kIirGroup) {
+      TakeGroup<kParts>(from + kParts * n, samples + n, kIirStretch, finite);
+    }
     for_the_rest([&](std::size_t i, double& sample) PASSBAND_UNFOLD { sample = Widen(from[i]); });
     for (std::size_t part = 0; part < kParts; ++part) RunAllLanes(lanes, part, samples + part * kIirStretch, len);
     for (std::size_t n = 0; n < in_groups; n += kIirGroup) {
-      Samples y[kParts];
-      Repeat<kParts>([&](auto part) PASSBAND_UNFOLD { y[part] = Samples::Load(samples + part * kIirStretch + n); });
-      GiveGroup<kParts>(y, to + kParts * n);
+      GiveGroup<kParts>(samples + n, kIirStretch, to + kParts * n);
     }
     for_the_rest([&](std::size_t i, double sample) PASSBAND_UNFOLD { to[i] = Narrow<R>(sample); });
     from += kParts * len;

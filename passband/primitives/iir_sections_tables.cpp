@@ -180,8 +180,6 @@ bool MakeIirBundle(const IirSection* sections, std::size_t count, IirBundle<kSta
   return Settle(bundle);
 }
 
-bool IirGroupsAreNoisier(const IirSection*, std::size_t) noexcept { return false; }
-
 template bool MakeIirBundle(const IirSection*, std::size_t, IirBundle<2>&) noexcept;
 template bool MakeIirBundle(const IirSection*, std::size_t, IirBundle<4>&) noexcept;
 template bool MakeIirBundle(const IirSection*, std::size_t, IirBundle<8>&) noexcept;
