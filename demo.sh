@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Filters a recording to the telephone band, 300 to 3400 Hz, and shows what that did.
+# Filters a recording to the telephone band, 300 to 3400 Hz, by an FIR and by two IIR filters, and shows what that did.
 #
 #   ./demo.sh [RECORDING]
 #
-# RECORDING is any file that libsndfile reads (wav, flac, aiff, ogg), of any rate from 7000 Hz and any number of
+# RECORDING is any file that libsndfile reads (wav, flac, aiff, ogg), of any rate above 7000 Hz and any number of
 # channels; without it, the spoken "Front center" of Debian's alsa-utils. The results are in demo_output/.
 set -euo pipefail
 
@@ -54,23 +54,46 @@ fi
 say "2. The recording"
 "$passband" info --in "$recording"
 rate=$("$passband" info --in "$recording" --only rate)
-if awk -v rate="$rate" 'BEGIN { exit !(rate < 7000) }'; then
+if awk -v rate="$rate" 'BEGIN { exit !(rate <= 7000) }'; then
   give_up "the telephone band ends at 3400 Hz; a recording of $rate Hz only reaches $(( ${rate%.*} / 2 )) Hz." \
-          "It takes one of 7000 Hz or more."
+          "It takes one of more than 7000 Hz."
 fi
 
-say "3. The filter: a bandpass with a Kaiser window, 60 dB of attenuation, transition bands of 100 Hz"
+say "3. An FIR filter: a bandpass with a Kaiser window, 60 dB of attenuation, transition bands of 100 Hz"
 mkdir -p "$output"
 "$passband" design fir --type bandpass --edges 200,300,3400,3500 --attenuation 60 --odd --rate "$rate" \
   --out "$output/taps.json" --plot "$output/response.svg" --log
 "$passband" filter --taps "$output/taps.json" --in "$recording" --out "$output/filtered.wav" --align
 
-say "4. Levels before and after"
-"$passband" levels --in "$recording" --in "$output/filtered.wav" --band 300,3400 --guard 100
-"$passband" plot-spectrum --in "$recording" --in "$output/filtered.wav" --band 300,3400 --out "$output/spectrum.svg"
+say "4. IIR filters, streamed as second-order sections: a Butterworth filter with transition bands of an octave"
+# Near half the sampling rate the octave ends before.
+stop=$(awk -v rate="$rate" 'BEGIN { print (0.49 * rate < 6800 ? 0.49 * rate : 6800) }')
+smooth=(--type bandpass --edges "150,300,3400,$stop" --ripple 1 --attenuation 60 --rate "$rate")
+"$passband" order "${smooth[@]}"
+"$passband" design iir --family butterworth "${smooth[@]}" \
+  --out "$output/butterworth.json" --plot "$output/butterworth.svg" --log
+"$passband" filter --sections "$output/butterworth.json" --in "$recording" --out "$output/filtered_butterworth.wav"
+
+say "   and an elliptic filter for the bands of the FIR filter, with 0.1 dB of ripple"
+sharp=(--type bandpass --edges 200,300,3400,3500 --ripple 0.1 --attenuation 60 --rate "$rate")
+"$passband" order "${sharp[@]}"
+"$passband" design iir --family elliptic "${sharp[@]}" \
+  --out "$output/elliptic.json" --plot "$output/elliptic.svg" --log
+"$passband" filter --sections "$output/elliptic.json" --in "$recording" --out "$output/filtered_elliptic.wav"
+
+say "5. Levels before and after"
+results=(--in "$recording")
+for name in filtered filtered_butterworth filtered_elliptic; do results+=(--in "$output/$name.wav"); done
+"$passband" levels "${results[@]}" --band 300,3400 --guard 100
+"$passband" plot-spectrum "${results[@]}" --band 300,3400 --out "$output/spectrum.svg"
 
 say "Done. Have a listen and a look, in $root/$output:"
-printf '  %s\n' "filtered.wav   the recording, as a telephone would carry it" \
-                "response.svg   the magnitude response of the filter" \
-                "spectrum.svg   the spectrum before and after" \
-                "taps.json      the taps of the filter"
+printf '  %s\n' "filtered.wav              the recording, as a telephone would carry it: by the FIR filter" \
+                "filtered_butterworth.wav  by the Butterworth filter" \
+                "filtered_elliptic.wav     by the elliptic filter" \
+                "response.svg              the magnitude response of the FIR filter" \
+                "butterworth.svg           magnitude, phase, group delay, zeros and poles of the Butterworth filter" \
+                "elliptic.svg              the same of the elliptic filter" \
+                "spectrum.svg              the spectrum before and after all of them" \
+                "taps.json                 the taps of the FIR filter" \
+                "butterworth.json, elliptic.json   the sections of the IIR filters"

@@ -1,6 +1,7 @@
-// One FIR filter stream per channel of a signal.
+// One filter stream per channel of a signal.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -19,7 +20,7 @@ struct RateChange {
 
 class ChannelFilters {
  public:
-  ChannelFilters(const passband::TVec& taps, int channels, const RateChange& rate);
+  virtual ~ChannelFilters() = default;
 
   /// Filters interleaved frames, a multiple of `down`, and returns the interleaved output, which stays valid until the
   /// next call. The streams go on from call to call; nothing is allocated once blocks have their size.
@@ -28,17 +29,45 @@ class ChannelFilters {
   /// Time spent in the filters themselves so far.
   double Seconds() const { return seconds_; }
 
+ protected:
+  ChannelFilters(int channels, bool is_double, const RateChange& rate);
+
  private:
+  virtual void FilterChannel(std::size_t channel, passband::TVec& input, passband::TVec& output) = 0;
+
   template <class R>
   void FilterAs(std::span<const double> samples);
 
-  RateChange rate_;
+  std::size_t channels_;
   bool is_double_;
-  std::vector<passband::SignalUtils::TFirState> states_;  // one per channel
+  RateChange rate_;
   passband::TVec input_;
   passband::TVec output_;
   std::vector<double> interleaved_;
   double seconds_ = 0;
+};
+
+/// FIR filters, also between two sampling rates.
+class FirChannels final : public ChannelFilters {
+ public:
+  FirChannels(const passband::TVec& taps, int channels, const RateChange& rate);
+
+ private:
+  void FilterChannel(std::size_t channel, passband::TVec& input, passband::TVec& output) override;
+
+  std::vector<passband::SignalUtils::TFirState> states_;
+};
+
+/// Cascades of second-order sections. With `zero_phase` the one call filters a whole signal, forward and backward.
+class SectionChannels final : public ChannelFilters {
+ public:
+  SectionChannels(const passband::TVec& sections, int channels, bool zero_phase);
+
+ private:
+  void FilterChannel(std::size_t channel, passband::TVec& input, passband::TVec& output) override;
+
+  bool zero_phase_;
+  std::vector<passband::SignalUtils::TIirState> states_;
 };
 
 }  // namespace passband_cli

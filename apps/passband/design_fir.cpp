@@ -36,22 +36,14 @@ void Run(const Options& options) {
   const TapSet set = DesignTaps(options.fir, options.rate_hz, options.precision == "double");
   const std::string text = FormatTaps(set, FormatOf(options));
   if (!options.plot.empty()) DrawResponse(set, options.log_axis, options.plot);
-  if (options.out.empty()) {
-    PrintText(text);
-  } else {
-    TextOutput output(options.out);
-    output.Write(text);
-    output.Finish();
-  }
+  WriteText(options.out, text);
 }
 
 }  // namespace
 
-void AddDesignCommand(CLI::App& app) {
-  CLI::App* design = app.add_subcommand("design", "Design a filter and print its taps");
-  design->require_subcommand(1);
+void AddDesignFirCommand(CLI::App& design) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command = design->add_subcommand("fir", "FIR filters of linear phase, by the window method");
+  CLI::App* command = design.add_subcommand("fir", "FIR filters of linear phase, by the window method");
   AddFirOptions(*command, options->fir).front()->required();
   command->add_option("--rate", options->rate_hz, "Sampling rate")->required()->type_name("HZ");
   AddPrecisionOption(*command, options->precision);

@@ -1,4 +1,4 @@
-// passband design: filters from their descriptions.
+// passband design fir: FIR filters from their descriptions.
 #pragma once
 
 namespace CLI {
@@ -7,6 +7,7 @@ class App;
 
 namespace passband_cli {
 
-void AddDesignCommand(CLI::App& app);
+/// Adds `fir` to the command `design`.
+void AddDesignFirCommand(CLI::App& design);
 
 }  // namespace passband_cli

@@ -18,6 +18,7 @@
 #include "fir_options.h"
 #include "output_file.h"
 #include "progress.h"
+#include "section_file.h"
 #include "signal_file.h"
 #include "tap_design.h"
 #include "tap_file.h"
@@ -29,11 +30,13 @@ struct Options {
   std::string in;
   std::string out;
   std::string taps;
+  std::string sections;
   FirOptions fir;
   std::optional<double> rate_hz;
   std::int32_t block = 4096;
   RateChange rate;
   bool align = false;
+  bool zero_phase = false;
   bool quiet = false;
   std::string precision = "double";
   std::string subtype = "same";
@@ -43,12 +46,15 @@ struct Options {
 struct Job {
   std::unique_ptr<SignalReader> reader;
   double rate_hz = 0;  // of the input; 0 when unknown
-  TapSet taps;
   RateChange rate;
+  std::unique_ptr<ChannelFilters> filters;
+  std::string title;       // of the filter, with what it does to the time
   std::int64_t skip = 0;   // output frames that only hold the delay
   std::int64_t block = 1;  // frames
   SignalFormat output;
 };
+
+constexpr std::int64_t kMostSamples = std::int64_t{1} << 28;  // at once
 
 double InputRate(const Options& options, const SignalFormat& format) {
   if (!options.rate_hz) return format.rate_hz;
@@ -59,19 +65,22 @@ double InputRate(const Options& options, const SignalFormat& format) {
   return *options.rate_hz;
 }
 
+void TellOtherRate(const char* what, double made_hz, double used_hz) {
+  if (made_hz > 0 && used_hz > 0 && made_hz != used_hz) {
+    fmt::print(stderr, "passband: note: the {} are made for {} Hz and used at {} Hz; their frequencies move along\n",
+               what, made_hz, used_hz);
+  }
+}
+
 TapSet Taps(const Options& options, double rate_hz) {
   const bool is_double = options.precision == "double";
   if (options.taps.empty()) {
-    if (options.fir.type.empty()) Fail("a filter is required: --taps FILE, or --type with its edges");
+    if (options.fir.type.empty()) Fail("a filter is required: --taps FILE, --sections FILE, or --type with its edges");
     if (!(rate_hz > 0)) Fail("--rate is required: {} does not tell its sampling rate", options.in);
     return DesignTaps(options.fir, rate_hz * options.rate.up, is_double);
   }
   TapSet set = ReadTaps(options.taps, is_double);
-  const double wanted_hz = rate_hz * options.rate.up;
-  if (set.rate_hz > 0 && wanted_hz > 0 && set.rate_hz != wanted_hz) {
-    fmt::print(stderr, "passband: note: the taps are made for {} Hz and used at {} Hz; their frequencies move along\n",
-               set.rate_hz, wanted_hz);
-  }
+  TellOtherRate("taps", set.rate_hz, rate_hz * options.rate.up);
   return set;
 }
 
@@ -91,11 +100,31 @@ void CheckLinearPhase(const passband::TVec& taps) {
 }
 
 // The delay is (taps - 1) / 2 at the high rate: the phase takes what is left of it beside whole output samples.
-void Align(Job& job) {
-  CheckLinearPhase(job.taps.taps);
-  const std::int32_t delay = (job.taps.taps.Length() - 1) / 2;
+void Align(Job& job, const TapSet& set) {
+  CheckLinearPhase(set.taps);
+  const std::int32_t delay = (set.taps.Length() - 1) / 2;
   job.rate.down_phase = delay % job.rate.down;
   job.skip = delay / job.rate.down;
+}
+
+void UseTaps(const Options& options, Job& job) {
+  if (options.zero_phase) Fail("--zero-phase goes with --sections; --align takes the delay of an FIR filter out");
+  const TapSet set = Taps(options, job.rate_hz);
+  if (options.align) Align(job, set);
+  const double delay = (set.taps.Length() - 1) / 2.0 / job.rate.down;
+  job.title = fmt::format("{}, {} precision, {}", set.title, options.precision,
+                          options.align ? "delay taken out" : fmt::format("delay {} samples", delay));
+  job.filters = std::make_unique<FirChannels>(set.taps, job.reader->Format().channels, job.rate);
+}
+
+void UseSections(const Options& options, Job& job) {
+  if (options.align) Fail("--align: sections have no one delay; --zero-phase filters without any");
+  if (job.rate.up != 1 || job.rate.down != 1) Fail("--up and --down go with FIR filters, not with --sections");
+  const SectionSet set = ReadSections(options.sections, options.precision == "double");
+  TellOtherRate("sections", set.rate_hz, job.rate_hz);
+  job.title = fmt::format("{}, {} precision{}", set.title, options.precision,
+                          options.zero_phase ? ", forward and backward" : "");
+  job.filters = std::make_unique<SectionChannels>(set.sections, job.reader->Format().channels, options.zero_phase);
 }
 
 SignalFormat OutputFormat(const Options& options, const Job& job) {
@@ -108,7 +137,6 @@ SignalFormat OutputFormat(const Options& options, const Job& job) {
 
 Job Prepare(const Options& options) {
   constexpr std::int32_t kMostFactor = 65536;
-  constexpr std::int64_t kMostSamples = std::int64_t{1} << 28;
   Job job;
   job.rate = options.rate;
   if (job.rate.up < 1 || job.rate.up > kMostFactor) Fail("--up: {} is not between 1 and {}", job.rate.up, kMostFactor);
@@ -119,8 +147,7 @@ Job Prepare(const Options& options) {
   job.reader = OpenSignal(options.in);
   RefuseSameFile(options.in, options.out);
   job.rate_hz = InputRate(options, job.reader->Format());
-  job.taps = Taps(options, job.rate_hz);
-  if (options.align) Align(job);
+  (options.sections.empty() ? UseTaps : UseSections)(options, job);
   job.output = OutputFormat(options, job);
   // A block is not larger than the file.
   const std::int64_t frames = job.reader->Format().frames;
@@ -131,19 +158,17 @@ Job Prepare(const Options& options) {
   return job;
 }
 
-std::string Summary(const Options& options, const Job& job, const FilterStream& stream, double seconds,
-                    double filter_seconds) {
+std::string Summary(const Options& options, const Job& job, const FilterStream& stream, double seconds) {
   std::string text;
   const auto line = [&text]<class... Args>(fmt::format_string<Args...> format, Args&&... args) {
     fmt::format_to(std::back_inserter(text), format, std::forward<Args>(args)...);
     text += '\n';
   };
   const int channels = job.output.channels;
+  const double filter_seconds = job.filters->Seconds();
   line("{}: {} frames, {} channel{}{}", options.out, stream.FramesOut(), channels, channels == 1 ? "" : "s",
        job.output.rate_hz > 0 ? fmt::format(", {} Hz", job.output.rate_hz) : "");
-  line("filter: {}, {} precision, {}", job.taps.title, options.precision,
-       options.align ? "delay taken out"
-                     : fmt::format("delay {} samples", (job.taps.taps.Length() - 1) / 2.0 / job.rate.down));
+  line("filter: {}", job.title);
   const double real_time = static_cast<double>(stream.FramesIn()) / job.rate_hz / seconds;
   line("time: {:.3g} s{}; the filter itself {:.3g} s, {:.3g} million samples a second", seconds,
        job.rate_hz > 0 ? fmt::format(", {:.0f} times real time", real_time) : "", filter_seconds,
@@ -154,21 +179,32 @@ std::string Summary(const Options& options, const Job& job, const FilterStream& 
   return text;
 }
 
-void Run(const Options& options) {
-  Job job = Prepare(options);
-  const int channels = job.output.channels;
-  ChannelFilters filters(job.taps.taps, channels, job.rate);
-  const std::unique_ptr<SignalWriter> writer = CreateSignal(options.out, job.output);
-  FilterStream stream(filters, *writer, channels, job.rate, job.skip);
-  const auto start = std::chrono::steady_clock::now();
-  {
-    Progress progress(job.reader->Format().frames);
-    std::vector<double> block(static_cast<std::size_t>(job.block) * static_cast<std::size_t>(channels));
-    while (const std::size_t frames = job.reader->Read(block)) {
-      stream.Add(std::span<const double>(block).first(frames * static_cast<std::size_t>(channels)));
+// Block by block, or all at once when the filter has to see the end first.
+void Feed(const Options& options, const Job& job, FilterStream& stream) {
+  const auto channels = static_cast<std::size_t>(job.output.channels);
+  Progress progress(job.reader->Format().frames);
+  std::vector<double> block(static_cast<std::size_t>(job.block) * channels);
+  std::vector<double> whole;
+  while (const std::size_t frames = job.reader->Read(block)) {
+    const std::span<const double> samples = std::span<const double>(block).first(frames * channels);
+    if (options.zero_phase) {
+      whole.insert(whole.end(), samples.begin(), samples.end());
+      if (whole.size() > kMostSamples) Fail("--zero-phase: {} holds too many samples to filter at once", options.in);
+      progress.Update(static_cast<std::int64_t>(whole.size() / channels));
+    } else {
+      stream.Add(samples);
       progress.Update(stream.FramesIn());
     }
   }
+  if (!whole.empty()) stream.Add(whole);
+}
+
+void Run(const Options& options) {
+  const Job job = Prepare(options);
+  const std::unique_ptr<SignalWriter> writer = CreateSignal(options.out, job.output);
+  FilterStream stream(*job.filters, *writer, job.output.channels, job.rate, job.skip);
+  const auto start = std::chrono::steady_clock::now();
+  Feed(options, job, stream);
   stream.Finish();
   writer->Finish();
   const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
@@ -178,7 +214,7 @@ void Run(const Options& options) {
                "--subtype float keeps them\n",
                writer->SamplesOutOfRange());
   }
-  if (!options.quiet) PrintText(Summary(options, job, stream, elapsed.count(), filters.Seconds()));
+  if (!options.quiet) PrintText(Summary(options, job, stream, elapsed.count()));
 }
 
 }  // namespace
@@ -190,8 +226,11 @@ void AddFilterCommand(CLI::App& app) {
       ->required()
       ->type_name("FILE");
   command->add_option("--out", options->out, "Result: .wav, .w64, .flac, .aif or .csv")->required()->type_name("FILE");
-  command->add_option("--taps", options->taps, "Tap file of 'passband design'; or describe the filter below")
+  command->add_option("--taps", options->taps, "Tap file of 'passband design fir'; or describe the filter below")
       ->type_name("FILE");
+  command->add_option("--sections", options->sections, "Section file of 'passband design iir', csv or json")
+      ->type_name("FILE")
+      ->excludes("--taps");
   const std::vector<CLI::Option*> description = AddFirOptions(*command, options->fir);
   command->add_option("--rate", options->rate_hz, "Sampling rate of a CSV file")->type_name("HZ");
   command->add_option("--block", options->block, "Frames per block; the result is the same for all")
@@ -203,7 +242,9 @@ void AddFilterCommand(CLI::App& app) {
   command->add_option("--down", options->rate.down, "Lower the sampling rate by this factor, behind the filter")
       ->type_name("FACTOR")
       ->capture_default_str();
-  command->add_flag("--align", options->align, "Take out the delay of the filter, which must have linear phase");
+  command->add_flag("--align", options->align, "Take out the delay of an FIR filter, which must have linear phase");
+  command->add_flag("--zero-phase", options->zero_phase,
+                    "Sections forward and backward: no delay, twice the attenuation");
   AddPrecisionOption(*command, options->precision);
   command->add_option("--subtype", options->subtype, "Samples written: pcm8, pcm16, pcm24, pcm32, float, double, same")
       ->type_name("NAME")
@@ -216,11 +257,14 @@ void AddFilterCommand(CLI::App& app) {
       "up for (taps - 1) / 2\nsamples, exactly when the number of taps is odd.\n"
       "Examples:\n"
       "  passband filter --type bandpass --edges 200,300,3400,3500 --in speech.wav --out phone.wav --align\n"
-      "  passband filter --taps taps.json --in speech.wav --out half.wav --down 2");
+      "  passband filter --taps taps.json --in speech.wav --out half.wav --down 2\n"
+      "  passband filter --sections sections.json --in speech.wav --out phone.wav");
   command->callback([options, description] {
+    const bool by_taps = !options->taps.empty();
     for (const CLI::Option* option : description) {
-      if (!options->taps.empty() && option->count() > 0) {
-        Fail("{} does not go with --taps, which tells the whole filter", option->get_name());
+      if ((by_taps || !options->sections.empty()) && option->count() > 0) {
+        Fail("{} does not go with {}, which tells the whole filter", option->get_name(),
+             by_taps ? "--taps" : "--sections");
       }
     }
     Run(*options);

@@ -10,9 +10,11 @@
 #include <CLI/CLI.hpp>
 
 #include "design_fir.h"
+#include "design_iir.h"
 #include "filter_command.h"
 #include "info_command.h"
 #include "levels_command.h"
+#include "order_command.h"
 #include "output_file.h"
 #include "spectrum_command.h"
 
@@ -30,7 +32,11 @@ int Report(std::string text) {
 void AddCommands(CLI::App& app) {
   app.set_version_flag("--version", "passband " PASSBAND_VERSION);
   app.require_subcommand(1);
-  AddDesignCommand(app);
+  CLI::App* design = app.add_subcommand("design", "Design a filter and print its numbers");
+  design->require_subcommand(1);
+  AddDesignFirCommand(*design);
+  AddDesignIirCommand(*design);
+  AddOrderCommand(app);
   AddFilterCommand(app);
   AddLevelsCommand(app);
   AddSpectrumCommand(app);

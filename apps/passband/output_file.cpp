@@ -65,4 +65,11 @@ void PrintText(std::string_view text) {
   }
 }
 
+void WriteText(const std::string& path, std::string_view text) {
+  if (path.empty()) return PrintText(text);
+  TextOutput output(path);
+  output.Write(text);
+  output.Finish();
+}
+
 }  // namespace passband_cli

@@ -54,4 +54,7 @@ void RefuseSameFile(const std::string& input, const std::string& output);
 /// Writes to standard output and makes sure that the text got there.
 void PrintText(std::string_view text);
 
+/// Writes a file, or to standard output when `path` is empty.
+void WriteText(const std::string& path, std::string_view text);
+
 }  // namespace passband_cli

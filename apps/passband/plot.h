@@ -1,15 +1,26 @@
 // Pictures of curves, drawn by gnuplot as SVG.
 #pragma once
 
+#include <span>
 #include <string>
 #include <vector>
 
 namespace passband_cli {
 
+enum class Marker { Line, Circle, Cross };
+
 struct Curve {
   std::string name;  ///< stands in the legend; without a name the curve has no entry
   std::vector<double> x;
   std::vector<double> y;  ///< as many as `x`, finite
+  Marker marker = Marker::Line;
+};
+
+/// A word beside a point.
+struct Label {
+  double x = 0;
+  double y = 0;
+  std::string text;
 };
 
 struct Plot {
@@ -17,12 +28,14 @@ struct Plot {
   std::string x_label;
   std::string y_label;
   bool log_x = false;
+  bool same_scales = false;  ///< a circle is round
   double x_min = 0;
   double x_max = 1;
   double y_min = 0;
   double y_max = 1;
   std::vector<double> marks;  ///< dashed vertical lines
   std::vector<Curve> curves;
+  std::vector<Label> labels;
 };
 
 /// Raises unless a plot can be written to the path: its extension must be .svg.
@@ -30,5 +43,8 @@ void CheckPlotPath(const std::string& path);
 
 /// Draws the plot into an SVG file. Raises when gnuplot is not installed or fails, or the file cannot be written.
 void DrawSvg(const Plot& plot, const std::string& path);
+
+/// Draws plots side by side, two in a row, below a title of their own.
+void DrawSvg(std::span<const Plot> panels, const std::string& title, const std::string& path);
 
 }  // namespace passband_cli

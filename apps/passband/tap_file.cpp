@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <cstdint>
-#include <fstream>
 #include <iterator>
 #include <limits>
 #include <span>
@@ -12,7 +11,7 @@
 
 #include "csv_file.h"
 #include "failure.h"
-#include "signal_file.h"
+#include "json_file.h"
 
 namespace passband_cli {
 namespace {
@@ -41,17 +40,15 @@ std::vector<double> TapsOfCsv(const std::string& path) {
   return taps;
 }
 
-std::vector<double> TapsOfJson(const std::string& path, const std::string& text, TapSet& set) {
+std::vector<double> TapsOfJson(const std::string& path, const ordered_json& document, TapSet& set) {
   try {
-    const ordered_json document = ordered_json::parse(text);
     if (document.is_array()) return document.get<std::vector<double>>();
+    if (document.contains("sections")) Fail("{} holds sections of an IIR filter: --sections takes them", path);
     set.rate_hz = document.value("rate_hz", 0.0);
     set.edges_hz = document.value("edges_hz", std::vector<double>());
     return document.at("taps").get<std::vector<double>>();
   } catch (const ordered_json::exception& error) {
-    // "[json.exception.parse_error.101] parse error at line 1, ...": the words begin behind the bracket.
-    const std::string text_of_error = error.what();
-    Fail("{} is not a JSON tap file: {}", path, text_of_error.substr(text_of_error.find(']') + 2));
+    FailJson(path, "tap", error);
   }
 }
 
@@ -67,13 +64,9 @@ std::string FormatTaps(const TapSet& set, TapFormat format) {
 }
 
 TapSet ReadTaps(const std::string& path, bool is_double) {
-  RefuseUnreadable(path);
-  std::ifstream file(path, std::ios::binary);
-  const std::string text{std::istreambuf_iterator<char>(file), {}};
-  const std::size_t first = text.find_first_not_of(" \t\r\n");
-  const bool json = first != std::string::npos && (text[first] == '{' || text[first] == '[');
   TapSet set;
-  const std::vector<double> taps = json ? TapsOfJson(path, text, set) : TapsOfCsv(path);
+  const auto document = ReadJson(path, "tap");
+  const std::vector<double> taps = document ? TapsOfJson(path, *document, set) : TapsOfCsv(path);
   if (taps.empty()) Fail("{} holds no taps", path);
   if (taps.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max() / 2)) {
     Fail("{} holds too many taps", path);

@@ -1,6 +1,8 @@
 """The examples run, and print what the literature and their filters promise."""
 
+import math
 import os
+import re
 import subprocess
 import unittest
 from pathlib import Path
@@ -32,6 +34,21 @@ class ExampleTest(unittest.TestCase):
         levels = {line.split()[0]: float(line.split()[-2]) for line in lines if " dB" in line}
         self.assertAlmostEqual(levels["1000"], 0, delta=0.01)
         self.assertLess(levels["5000"], -59)
+
+    def test_iir_stream_has_the_response_of_a_butterworth_filter(self):
+        first, *levels = [line for line in output_of("iir_stream") if line]
+        order, cutoff_hz, sections = [float(text) for text in re.findall(r"\d+\.?\d*", first)]
+        # N = ceil(log10(Gs / Gp) / (2 log10(WA))) with the edges warped by the bilinear transform; at 120 Hz exactly 60 dB.
+        stop, passing = math.tan(math.pi * 120 / 1000), math.tan(math.pi * 60 / 1000)
+        gs, gp = 10 ** 6 - 1, 10 ** 0.1 - 1
+        expected = math.ceil(math.log10(gs / gp) / (2 * math.log10(stop / passing)))
+        self.assertEqual((order, sections), (expected, (expected + 1) // 2))
+        warped = stop / gs ** (1 / (2 * expected))
+        self.assertAlmostEqual(cutoff_hz, 1000 / math.pi * math.atan(warped), delta=1e-6)
+        for line in levels:
+            frequency, level = float(line.split()[0]), float(line.split()[-2])
+            ratio = math.tan(math.pi * frequency / 1000) / warped
+            self.assertAlmostEqual(level, -10 * math.log10(1 + ratio ** (2 * expected)), delta=0.0011)
 
 
 if __name__ == "__main__":
