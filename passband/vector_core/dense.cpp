@@ -57,12 +57,16 @@ TDense& TDense::operator=(const TDense& other) {
 
 TDense& TDense::operator=(TDense&& other) noexcept {
   if (this == &other) return *this;
+  const bool resized = rows_ != other.rows_ || cols_ != other.cols_ || precision_ != other.precision_;
+  const bool emptied = other.length_ != 0;
   buffer_ = std::move(other.buffer_);
   data_ = std::exchange(other.data_, nullptr);
   length_ = std::exchange(other.length_, 0);
   rows_ = std::exchange(other.rows_, other.kind_ == Kind::Vector ? 1 : 0);
   cols_ = std::exchange(other.cols_, 0);
   precision_ = other.precision_;
+  if (resized) Notify();
+  if (emptied) other.Notify();
   return *this;
 }
 

@@ -79,8 +79,9 @@ class PASSBAND_EXPORT TDense {
   /// Declares the elements complex or real without touching memory: two reals become one complex element, or the
   /// reverse. Raises "setComplex: an odd number of reals (7)" (of a matrix: in a row).
   void setComplex(bool IsComplex);
-  /// Calls `Notify` after every change of length, shape or precision by an operation; empty: no call. The notification
-  /// belongs to the object: copying and moving values does not carry it along.
+  /// Calls `Notify` after every change of length, shape or precision by an operation or an assignment; empty: no call.
+  /// The notification belongs to the object: copying and moving values does not carry it along. It must not throw when
+  /// values are moved.
   void setOnSetSize(std::function<void()> Notify);
 
   // Copies and conversions

@@ -85,13 +85,16 @@ TMtx::TMtx(std::int32_t Rows, std::int32_t Cols, OpenArray Values) : TMtx() {
   std::copy(Values.begin(), Values.end(), Elements<double>().begin());
 }
 
-void TMtx::Size(std::int32_t Rows, std::int32_t Cols, bool Complex, bool IsDouble) {
-  SetShape(Rows, Cols, MakePrecision(Complex, IsDouble));
+TMtx& TMtx::Size(std::int32_t Rows, std::int32_t Cols, bool Complex, bool IsDouble) {
+  return Size(Rows, Cols, MakePrecision(Complex, IsDouble));
 }
-void TMtx::Size(std::int32_t Rows, std::int32_t Cols, TMtxFloatPrecision FloatPrecision) {
+TMtx& TMtx::Size(std::int32_t Rows, std::int32_t Cols, TMtxFloatPrecision FloatPrecision) {
   SetShape(Rows, Cols, FloatPrecision);
+  return *this;
 }
-void TMtx::Size(std::int32_t Rows, std::int32_t Cols, const TDense& Src) { SetShape(Rows, Cols, Src.FloatPrecision()); }
+TMtx& TMtx::Size(std::int32_t Rows, std::int32_t Cols, const TDense& Src) {
+  return Size(Rows, Cols, Src.FloatPrecision());
+}
 
 // Element access
 

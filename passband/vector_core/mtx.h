@@ -32,11 +32,11 @@ class PASSBAND_EXPORT TMtx : public TDense {
   /// Distance between the starts of two rows, in elements: the number of columns.
   std::int32_t GetLeadingCols() const { return cols_; }
 
-  // Size
+  // Size; the result is Self
   using TDense::Size;
-  void Size(std::int32_t Rows, std::int32_t Cols, bool Complex, bool IsDouble);
-  void Size(std::int32_t Rows, std::int32_t Cols, TMtxFloatPrecision FloatPrecision);
-  void Size(std::int32_t Rows, std::int32_t Cols, const TDense& Src);
+  TMtx& Size(std::int32_t Rows, std::int32_t Cols, bool Complex, bool IsDouble);
+  TMtx& Size(std::int32_t Rows, std::int32_t Cols, TMtxFloatPrecision FloatPrecision);
+  TMtx& Size(std::int32_t Rows, std::int32_t Cols, const TDense& Src);
 
   // Element access
   using TDense::CValues;
