@@ -1,10 +1,11 @@
-"""Times SciPy on the work of our rows and prints `kernel,params,peer,ns`: nanoseconds of CPU time per sample, minima."""
+"""Times SciPy, NumPy and Bottleneck on the work of our rows and prints `kernel,params,peer,ns`: nanoseconds of CPU time per sample, minima."""
 
 import sys
 import time
 
+import bottleneck
 import numpy as np
-from scipy import signal
+from scipy import ndimage, signal
 
 TYPES = {"f32": np.float32, "f64": np.float64}
 COMPLEX = {"f32": np.complex64, "f64": np.complex128}
@@ -104,6 +105,87 @@ def frequency_response():
            best(lambda: np.fft.rfft(b, 8192) / np.fft.rfft(a, 8192), 4096))
 
 
+def median(name, dtype):
+    x = noise(16384, dtype)
+    for data, values in (("random", x), ("ascending", np.arange(len(x)).astype(dtype)), ("ties", np.round(4 * x))):
+        for mask in (5, 9, 31, 255, 4095):
+            report("median", f"type={name};mask={mask};block=4096;data={data}", "bottleneck",
+                   best(lambda: bottleneck.move_median(values, mask, min_count=1), len(x)))
+
+
+def simple_filters(name, dtype):
+    x, count = noise(16384, dtype), 16384
+    params = f"type={name};samples={count}"
+    b, a, zi = (np.array(v, dtype) for v in ([0.01, 0], [1, -0.99], [0]))
+    report("exponential_average", params, "scipy_lfilter", best(lambda: signal.lfilter(b, a, x, zi=zi), count))
+    for order in (5, 31, 1001):
+        report("moving_average", f"{params};order={order}", "scipy_uniform_filter1d",
+               best(lambda: ndimage.uniform_filter1d(x, order, mode="constant"), count))
+    report("remove_dc", params, "numpy_mean", best(lambda: x - x.mean(), count))
+    report("differentiate", params, "numpy_gradient", best(lambda: np.gradient(x), count))
+    report("integrate", params, "numpy_cumsum", best(lambda: np.cumsum(x), count))
+
+
+def tone(name, dtype):
+    for block in (64, 512, 4096):
+        phases = (np.arange(block) * (2 * np.pi * 0.0123)).astype(dtype)
+        out = np.empty_like(phases)
+        report("tone", f"type={name};block={block}", "numpy_sin", best(lambda: np.sin(phases, out=out), block))
+
+
+def ar_burg(name, dtype):
+    def run(x, order=32):
+        a, f, b = np.ones(1, dtype), x[1:], x[:-1]
+        for _ in range(order):
+            k = -2 * np.dot(f, b) / (np.dot(f, f) + np.dot(b, b))
+            f, b = (f + k * b)[1:], (b + k * f)[:-1]
+            a = np.append(a, dtype(0))
+            a = a + k * a[::-1]
+        return a
+
+    for count in (1000, 10000, 100000):
+        x = noise(count, dtype)
+        report("ar_burg", f"type={name};order=32;samples={count}", "numpy_passes", best(lambda: run(x), count))
+
+
+def search(name, dtype):
+    for count in (4096, 100000, 10000000):
+        x, params = noise(count, dtype), f"type={name};samples={count}"
+
+        def maxima():
+            rising = x[:-1] < x[1:]
+            return np.count_nonzero(rising[:-1] & ~rising[1:])
+
+        def crossings():
+            above = x > 0
+            return np.count_nonzero(above[:-1] != above[1:])
+
+        report("maximum_count", params, "numpy", best(maxima, count))
+        report("zero_crossing_count", params, "numpy", best(crossings, count))
+        report("find_nearest", params, "numpy", best(lambda: np.argmin(np.abs(dtype(0.1) - x)), count))
+
+
+def decibels(name, dtype):
+    for count in (4096, 1 << 20):
+        x = np.abs(noise(count, dtype))
+        report("decibels", f"type={name};elements={count}", "numpy",
+               best(lambda: np.maximum(20 * np.log10(x), dtype(-120)), count))
+
+
+def cepstrum():
+    for count in (1024, 1 << 16, 1 << 20):
+        x = noise(count, np.float64)
+        params = f"type=f64;samples={count}"
+        report("real_cepstrum", params, "numpy",
+               best(lambda: np.fft.irfft(np.log(np.abs(np.fft.rfft(x))))[: count // 2], count))
+
+        def with_phase():
+            spectrum = np.fft.rfft(x)
+            return np.fft.irfft(np.log(np.abs(spectrum)) + 1j * np.unwrap(np.angle(spectrum)))
+
+        report("complex_cepstrum", params, "numpy", best(with_phase, count))
+
+
 if __name__ == "__main__":
     for type_name, element in TYPES.items():
         fir(type_name, element)
@@ -111,5 +193,14 @@ if __name__ == "__main__":
         windows(type_name, element)
         iir_direct(type_name, element)
         iir_sections(type_name, element)
+        zoom(type_name, element)
+        tone(type_name, element)
+        median(type_name, element)
+        simple_filters(type_name, element)
+        ar_burg(type_name, element)
+        search(type_name, element)
+        decibels(type_name, element)
     iir_design()
+    frequency_response()
+    cepstrum()
     sys.exit(0)

@@ -10,8 +10,8 @@ set -euo pipefail
 
 run=(cmake ninja-build g++ pkg-config libhwy-dev libfftw3-dev libeigen3-dev libboost-dev libcli11-dev
      nlohmann-json3-dev libsndfile1-dev libfmt-dev gnuplot-nox alsa-utils)
-test=(libgtest-dev libgmock-dev libkissfft-dev python3)
-bench=(libliquid-dev python3-scipy)
+test=(libgtest-dev libgmock-dev libkissfft-dev python3 chromium)
+bench=(libliquid-dev libgsl-dev python3-scipy python3-bottleneck)
 
 wanted=("${run[@]}")
 for purpose in "${@:-run}"; do

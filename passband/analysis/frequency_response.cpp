@@ -42,13 +42,15 @@ double FrequencyResponse(const TVec& Num, const TVec* Den, TVec& Response, std::
   const bool complex = detail::HasComplex(Num, Den);
   const double padding = static_cast<double>(n) / Num.Length();
   const Borrowed<TVec> response;
-  detail::PadInDouble(Num, complex, n, *response);
   if (Den == nullptr) {
-    Window(*response, WindowType, WindowParam, Num.Length());
-    response->FFT();
+    const Borrowed<TVec> padded;
+    detail::PadInDouble(Num, complex, n, *padded);
+    Window(*padded, WindowType, WindowParam, Num.Length());
+    response->FFT(*padded);
     if (ScaleResponse) response->Scale(1.0 / Num.Length());
   } else {
     const Borrowed<TVec> divisor;
+    detail::PadInDouble(Num, complex, n, *response);
     detail::PadInDouble(*Den, complex, n, *divisor);
     // The window runs over the room of a half spectrum.
     const std::int32_t room = complex ? n : (n % 2 == 0 ? n + 2 : n + 1);

@@ -1,10 +1,14 @@
 #include "passband/foundation/clock.h"
 
+#include <atomic>
 #include <chrono>
 
-namespace passband {
+#include "passband/foundation/clock_internal.h"
 
-TDateTime Now() {
+namespace passband {
+namespace {
+
+TDateTime Present() {
   using Days = std::chrono::duration<double, std::ratio<86400>>;
   using Steady = std::chrono::steady_clock;
   constexpr double kEpochDays = 25569;  // from 1899-12-30 to 1970-01-01
@@ -15,5 +19,15 @@ TDateTime Now() {
   static const Origin origin;
   return kEpochDays + (origin.calendar + Days(Steady::now() - origin.steady)).count();
 }
+
+std::atomic<TDateTime (*)()> clock_in_use{&Present};
+
+}  // namespace
+
+TDateTime Now() { return clock_in_use.load(std::memory_order_relaxed)(); }
+
+namespace detail {
+void ReplaceNow(TDateTime (*now)()) noexcept { clock_in_use.store(now == nullptr ? &Present : now); }
+}  // namespace detail
 
 }  // namespace passband

@@ -1,4 +1,4 @@
-// Text of sample values and precisions, for descriptions that a person reads.
+// Text of sample values and precisions, and its place, for descriptions that a person reads.
 #pragma once
 
 #include <cstdint>
@@ -8,6 +8,9 @@
 #include "passband/foundation/export.h"
 
 namespace passband {
+
+/// Where a text stands in a field that is wider.
+enum class TTextAlign : std::uint8_t { Center, Right, Left };
 
 /// The value with `Precision` significant digits (0: as many as identify the double), without trailing zeros, padded
 /// with blanks on the left to at least `Digits` characters. The decimal sign is a point whatever the locale.

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "passband/streaming/overlap_internal.h"
 #include "passband/vector_core/dispatch.h"
 #include "passband/vector_core/pool.h"
 
@@ -16,14 +17,6 @@ using Parts = std::array<double*, 2>;
 // Complex data are two interleaved streams of reals.
 template <Element T>
 inline constexpr std::size_t kParts = sizeof(T) / sizeof(RealOf<T>);
-
-// True when the passes below cannot work from src to dst: they take distinct memory or the same elements in place.
-bool NeedsCopy(const TVec& src, const TVec& dst) {
-  const auto from = src.Memory();
-  const auto to = dst.Memory();
-  const bool overlap = from.data() < to.data() + to.size() && to.data() < from.data() + from.size();
-  return overlap && (from.data() != to.data() || from.size() != to.size());
-}
 
 template <RealElement R, std::size_t kStep>
 void Difference(const R* x, R* y, std::size_t count, const Parts& start2, const Parts& start1, R factor) {
@@ -45,13 +38,20 @@ void Difference(const R* x, R* y, std::size_t count, const Parts& start2, const 
 }
 
 struct Integral {
-  double sum;
-  double residue;
+  double high;
+  double low;
   double last1;
   double last2;
 };
 
-// One part of the data, every `step`-th number.
+// The sum goes on from its two parts unless its owner has given it another value.
+Integral From(double sum, double high, double low, double last1, double last2) {
+  if (sum == high + low) return {high, low, last1, last2};
+  return {sum, 0, last1, last2};
+}
+
+// One part of the data, every `step`-th number. Only one addition waits for the one before it: the rounding errors are found
+// (Knuth) and summed up aside.
 template <RealElement R>
 void Sum(const R* x, R* y, std::size_t count, std::size_t step, Integral& state, R factor) {
   Integral s = state;
@@ -59,12 +59,13 @@ void Sum(const R* x, R* y, std::size_t count, std::size_t step, Integral& state,
   R x1 = static_cast<R>(s.last1);
   for (std::size_t i = 0; i < count; i += step) {
     const R x0 = x[i];
-    const double term = static_cast<double>((x2 + R{4} * x1 + x0) * factor) - s.residue;
-    const double sum = s.sum + term;
-    s.residue = (sum - s.sum) - term;
-    if (!std::isfinite(s.residue)) s.residue = 0;  // the sum has become infinite and stays so
-    s.sum = sum;
-    y[i] = static_cast<R>(sum);
+    const double term = static_cast<double>((x2 + R{4} * x1 + x0) * factor);
+    const double sum = s.high + term;
+    const double added = sum - s.high;
+    const double lost = (s.high - (sum - added)) + (term - added);
+    s.low += std::isfinite(lost) ? lost : 0;  // else the sum has become infinite and stays so
+    s.high = sum;
+    y[i] = static_cast<R>(sum + s.low);
     x2 = x1;
     x1 = x0;
   }
@@ -76,7 +77,7 @@ void Sum(const R* x, R* y, std::size_t count, std::size_t step, Integral& state,
 }  // namespace
 
 void Differentiate(const TVec& Src, TVec& Dst, TDiffState& State, double dt) {
-  if (NeedsCopy(Src, Dst)) {
+  if (detail::NeedsCopy(Src, Dst)) {
     const Borrowed<TVec> copy;
     copy->Copy(Src);
     return Differentiate(*copy, Dst, State, dt);
@@ -93,15 +94,15 @@ void Differentiate(const TVec& Src, TVec& Dst, TDiffState& State, double dt) {
 }
 
 void Integrate(const TVec& Src, TVec& Dst, TIntegrateState& State, double dt) {
-  if (NeedsCopy(Src, Dst)) {
+  if (detail::NeedsCopy(Src, Dst)) {
     const Borrowed<TVec> copy;
     copy->Copy(Src);
     return Integrate(*copy, Dst, State, dt);
   }
   Dst.Size(Src);
   if (Src.Length() == 0) return;
-  Integral re{State.SumR1, State.ResidueR, State.StartR1, State.StartR2};
-  Integral im{State.SumI1, State.ResidueI, State.StartI1, State.StartI2};
+  Integral re = From(State.SumR1, State.HighR, State.LowR, State.StartR1, State.StartR2);
+  Integral im = From(State.SumI1, State.HighI, State.LowI, State.StartI1, State.StartI2);
   ForAny(Src, [&]<Element T>(ElementTag<T>) {
     using R = RealOf<T>;
     const R* const x = reinterpret_cast<const R*>(Src.Elements<T>().data());
@@ -111,7 +112,8 @@ void Integrate(const TVec& Src, TVec& Dst, TIntegrateState& State, double dt) {
     Sum(x, y, count, kParts<T>, re, factor);
     if constexpr (IsComplex<T>) Sum(x + 1, y + 1, count - 1, kParts<T>, im, factor);
   });
-  State = {re.sum, im.sum, re.last1, im.last1, re.last2, im.last2, re.residue, im.residue};
+  State = {re.high + re.low, im.high + im.low, re.last1, im.last1, re.last2,
+           im.last2,         re.high,          re.low,   im.high,  im.low};
 }
 
 }  // namespace passband::SignalUtils

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "passband/primitives/iir.h"
+#include "passband/streaming/overlap_internal.h"
 #include "passband/vector_core/dispatch.h"
 #include "passband/vector_core/pool.h"
 
@@ -85,14 +86,6 @@ void CheckBlock(const TVec& src, const TIirState& state) {
   if (state.IsDouble != src.IsDouble()) ERaise("IirState.IsDouble <> Src.IsDouble");
 }
 
-// True when the kernels cannot work from src to dst: they take distinct memory or the same memory element for element.
-bool NeedsCopy(const TVec& src, const TVec& dst) {
-  const auto from = src.Memory();
-  const auto to = dst.Memory();
-  if (from.data() >= to.data() + to.size() || to.data() >= from.data() + from.size()) return false;
-  return from.data() != to.data() || from.size() != to.size() || src.FloatPrecision() != dst.FloatPrecision();
-}
-
 void FilterBlock(const TVec& src, TVec& dst, TIirState& state) {
   dst.Size(src);
   CheckBlock(src, state);
@@ -168,7 +161,7 @@ void IirInitBQ(const TVec& Taps, TIirState& State, bool ComplexData) {
 
 void IirFilter(const TVec& Src, TVec& Dst, TIirState& State) {
   if (Src.Length() == 0) return Dst.Size(Src);
-  if (!NeedsCopy(Src, Dst)) return FilterBlock(Src, Dst, State);
+  if (!detail::NeedsCopy(Src, Dst)) return FilterBlock(Src, Dst, State);
   const Borrowed<TVec> copy;
   copy->Copy(Src);
   FilterBlock(*copy, Dst, State);

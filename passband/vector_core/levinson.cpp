@@ -6,30 +6,17 @@
 
 #include "passband/vector_core/double_data_internal.h"
 #include "passband/vector_core/pool.h"
+#include "passband/vector_core/predictor_internal.h"
 
 namespace passband {
 namespace {
 
 using detail::DoubleElement;
 
-double Conjugate(double x) { return x; }
-TCplx Conjugate(TCplx z) { return Conj(z); }
 double SquaredModulus(double x) { return x * x; }
 double SquaredModulus(TCplx z) { return z.Re * z.Re + z.Im * z.Im; }
 double RealPart(double x) { return x; }
 double RealPart(TCplx z) { return z.Re; }
-
-// a_j + k conj(a_(m-j)) for j = 1 .. m - 1, in place from both ends.
-template <DoubleElement T>
-void Raise(std::span<T> a, std::size_t m, T k) {
-  for (std::size_t i = 1, j = m - 1; i <= j; ++i, --j) {
-    const T low = a[i];
-    const T high = a[j];
-    a[i] = low + k * Conjugate(high);
-    if (i != j) a[j] = high + k * Conjugate(low);
-  }
-  a[m] = k;
-}
 
 // Returns the power of the prediction error; `a` and `reflection` are zero on entry.
 template <DoubleElement T>
@@ -42,7 +29,7 @@ double Recursion(std::span<const T> r, std::span<T> a, std::span<T> reflection) 
     T sum = r[m];
     for (std::size_t j = 1; j < m; ++j) sum += a[j] * r[m - j];
     const T k = sum * (-1 / error);
-    Raise(a, m, k);
+    detail::RaiseOrder(a, m, k);
     reflection[m - 1] = k;
     error *= 1 - SquaredModulus(k);
   }

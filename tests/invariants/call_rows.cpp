@@ -1,6 +1,7 @@
 #include <cmath>
 #include <limits>
 
+#include "tests/invariants/analysis_rows.h"
 #include "tests/invariants/design_rows.h"
 #include "tests/invariants/rows.h"
 
@@ -55,6 +56,18 @@ const std::vector<CallRow>& CallRows() {
        [](TVec& x) {
          FilterBySections(x, TVec{1, 2, 1, 4, -1, 1}, true, true);
        }},
+      {"MedianFilter whole", Taps, [](TVec& x) { MedianFilter(Noise(300, DoubleReal, 5), x, 21); }},
+      {"MedianFilter stretch", Taps, [](TVec& x) { MedianFilter(x, x, 5, 0, 1, 20); }},
+      {"MovingAverageFilter", Signal, [](TVec& x) { MovingAverageFilter(x, 11); }},
+      {"MovingAverageImpulse", Signal, [](TVec& x) { MovingAverageImpulse(x, 11); }},
+      {"RunningAverage", Signal, [](TVec& x) { RunningAverage(x, Noise(50, DoubleComplex, 9), 3); }},
+      {"StdDev", Signal,
+       [](TVec& x) {
+         StdDev(TVec{55, 30}, TVec{15, 10}, 5, x);
+       }},
+      {"RemoveDC", Taps, [](TVec& x) { RemoveDC(Signal(), x); }},
+      {"Tone one-shot", Signal, [](TVec& x) { Tone(x, 100, 0.1, 0.2, 1.5, true); }},
+      {"SquareTone one-shot", Taps, [](TVec& x) { SquareTone(x, 100, 0.01, 0.2, 1.5); }},
       {"FFT", Signal, [](TVec& x) { x.FFT(); }},
       {"Convolve", Signal, [](TVec& x) { x.Convolve(Noise(40, DoubleReal, 1), Noise(30, DoubleReal, 2)); }},
       {"Abs", Signal, [](TVec& x) { x.Abs(); }},
@@ -63,7 +76,7 @@ const std::vector<CallRow>& CallRows() {
       {"SetFloatPrecision", Signal, [](TVec& x) { x.SetFloatPrecision(SingleReal); }},
       {"PolyRoots", Taps, [](TVec& x) { PolyRoots(Noise(9, DoubleReal, 4), x); }},
   };
-  static const std::vector<CallRow> all = Joined(rows, DesignRows());
+  static const std::vector<CallRow> all = Joined(Joined(rows, DesignRows()), AnalysisRows());
   return all;
 }
 
@@ -112,6 +125,25 @@ const std::vector<CallRow>& RefusedRows() {
          TIirState state{};
          IirFilter(x, state);
        }},
+      {"MedianFilter mask", Taps, [](TVec& x) { MedianFilter(Noise(300, DoubleReal, 5), x, 0); }},
+      {"MedianFilter complex", Taps, [](TVec& x) { MedianFilter(Signal(), x, 5); }},
+      {"MedianFilter of other precision", Taps, [](TVec& x) { MedianFilter(SingleTaps(), x, 5, 0, 0, 9); }},
+      {"MovingAverageFilter order", Signal, [](TVec& x) { MovingAverageFilter(x, 0); }},
+      {"MovingAverageFilter range", Signal, [](TVec& x) { MovingAverageFilter(x, 3, 45, 10); }},
+      {"RunningAverage length", Signal, [](TVec& x) { RunningAverage(x, Taps(), 3); }},
+      {"StdDev count", Taps, [](TVec& x) { StdDev(x, x, 1, x); }},
+      {"StdDev loss", Taps,
+       [](TVec& x) {
+         StdDev(TVec{55, 1}, TVec{15, 10}, 5, x);
+       }},
+      {"ExpAverageFilter decay", Taps,
+       [](TVec& x) {
+         double state = 0;
+         ExpAverageFilter(x, state, 100);
+       }},
+      {"Tone length", Signal, [](TVec& x) { Tone(x, -1, 0.1, 0.2, 1.5); }},
+      {"SquareTone harmonics", Signal, [](TVec& x) { SquareTone(x, 100, 1e-12, 0.2, 1.5); }},
+      {"SquareTone without fundamental", [] { return TVec{}; }, [](TVec& x) { SquareTone(x, 100, 1, 0.2, 1.5); }},
       {"CosineTappered percent", Taps, [](TVec& x) { CosineTappered(x, 101, 0, 5); }},
       {"CosineTappered NaN", Taps, [](TVec& x) { CosineTappered(x, std::nan(""), 0, 5); }},
       {"FractionalKaiser offset", Taps, [](TVec& x) { FractionalKaiser(x, 5, -0.1, 1); }},
@@ -121,7 +153,7 @@ const std::vector<CallRow>& RefusedRows() {
       {"Add precision", Taps, [](TVec& x) { x.Add(SingleTaps()); }},
       {"Hilbert", Signal, [](TVec& x) { x.Hilbert(Signal()); }},
   };
-  static const std::vector<CallRow> all = Joined(rows, RefusedDesignRows());
+  static const std::vector<CallRow> all = Joined(Joined(rows, RefusedDesignRows()), RefusedAnalysisRows());
   return all;
 }
 

@@ -70,6 +70,9 @@ std::vector<CallRow> DesignRows() {
   AddPair(rows, "RationalSubstitution", Coefficients, [](TVec& num, TVec& den) {
     RationalSubstitution(num, den, {1.0, -0.5}, {-0.5, 1.0});
   });
+  AddPair(rows, "NotchFilter", Anything, [](TVec& num, TVec& den) { SignalUtils::NotchFilter(0.1, 0.9, num, den); });
+  AddPair(rows, "DcFilter", Anything, [](TVec& num, TVec& den) { SignalUtils::DcFilter(0.9, num, den); });
+  AddPair(rows, "ExpAverageFilter", Anything, [](TVec& num, TVec& den) { SignalUtils::ExpAverageFilter(5, num, den); });
   rows.push_back({"ZeroPoleToSOS", Anything, [](TVec& sos) {
                     TVec z = Conjugates();
                     TVec p = Conjugates();
@@ -87,6 +90,9 @@ std::vector<CallRow> RefusedDesignRows() {
   });
   AddPair(rows, "EllipticFilter order", Anything,
           [](TVec& num, TVec& den) { EllipticFilter(51, 1, 40, {0.2}, ftLowpass, false, num, den); });
+  AddPair(rows, "NotchFilter radius", Anything,
+          [](TVec& num, TVec& den) { SignalUtils::NotchFilter(0.1, 2, num, den); });
+  AddPair(rows, "DcFilter bandwidth", Anything, [](TVec& num, TVec& den) { SignalUtils::DcFilter(3, 4, num, den); });
   rows.push_back({"Bilinear of more zeros than poles", Conjugates, [](TVec& z) {
                     TVec p = {-1.0};
                     double k = 1;

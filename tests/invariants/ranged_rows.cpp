@@ -28,6 +28,12 @@ const std::vector<RangedRow>& RangedRows() {
       {"CosineTappered", [](TVec& v, Int i, Int n) { CosineTappered(v, 30, i, n); }},
       {"ExponentWindow", [](TVec& v, Int i, Int n) { ExponentWindow(v, 0.01, i, n); }},
       {"SignalWindow normalized", [](TVec& v, Int i, Int n) { SignalWindow(v, wtFlatTop, 0, wmPeriodic, true, i, n); }},
+      {"RemoveDC", [](TVec& v, Int i, Int n) { RemoveDC(v, i, n); }},
+      {"MedianFilter",
+       [](TVec& v, Int i, Int n) {
+         if (v.Complex()) return v.Offset(0.0, i, n);  // it takes real data only
+         MedianFilter(v, 7, i, n);
+       }},
       {"SetVal", [](TVec& v, Int i, Int n) { v.SetVal(2.5, i, n); }},
       {"SetZero", [](TVec& v, Int i, Int n) { v.SetZero(i, n); }},
       {"Offset", [](TVec& v, Int i, Int n) { v.Offset(2.5, i, n); }},

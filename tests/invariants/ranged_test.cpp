@@ -96,8 +96,9 @@ TEST_P(RangedLaws, FailedAllocationLosesNothing) {
       const FailingAllocation failing(nth);
       try {
         Call(large, 0, 5000);
-      } catch (const std::bad_alloc&) {
+      } catch (const std::exception&) {
         failed = true;
+        EXPECT_TRUE(failing.HasFailed());
       }
     }
     EXPECT_EQ(PoolStatistics().Borrowed, borrowed);

@@ -33,6 +33,8 @@ struct StreamRow {
   bool in_place;            ///< Src may be Dst
   std::function<std::unique_ptr<Stream>()> make;
   bool refusal_sizes = false;  ///< a refused call has sized Dst already
+  bool needs_init = true;      ///< a record that nobody has initialised is refused
+  bool one_precision = true;   ///< data of the other precision are refused
 };
 const std::vector<StreamRow>& StreamRows();
 

@@ -154,6 +154,89 @@ StreamRow IirRow(TMtxFloatPrecision data, IirKind kind) {
   return row;
 }
 
+// A routine whose record is all that it needs; `init` fills it.
+template <class State>
+class RecordStream : public Stream {
+ public:
+  using Init_ = std::function<void(State&)>;
+  using Filter_ = std::function<void(const TVec&, TVec&, State&)>;
+  RecordStream(Init_ init, Filter_ filter) : init_(std::move(init)), filter_(std::move(filter)) {}
+
+  void Init() override { init_(state_); }
+  void Filter(const TVec& src, TVec& dst) override { filter_(src, dst, state_); }
+
+ private:
+  Init_ init_;
+  Filter_ filter_;
+  State state_{};
+};
+
+template <class State>
+StreamRow RecordRow(const std::string& name, TMtxFloatPrecision data, std::int32_t memory,
+                    typename RecordStream<State>::Init_ init, typename RecordStream<State>::Filter_ filter) {
+  StreamRow row;
+  row.name = name + " " + Name(data);
+  row.data = data;
+  row.granule = 1;
+  row.rate = 1;
+  row.memory = memory;
+  row.in_place = true;
+  row.make = [=] { return std::make_unique<RecordStream<State>>(init, filter); };
+  return row;
+}
+
+void AddMedianAndDelay(std::vector<StreamRow>& rows, TMtxFloatPrecision data) {
+  using Median = void (*)(const TVec&, TVec&, const TMedianState&);
+  for (const std::int32_t mask : {1, 5, 31, 255, 700}) {
+    if (IsComplexPrecision(data)) break;
+    rows.push_back(RecordRow<TMedianState>(
+        "Median " + std::to_string(mask), data, mask, [=](TMedianState& state) { MedianInit(mask, state, data); },
+        static_cast<Median>(MedianFilter)));
+  }
+  for (const std::int32_t delay : {0, 3, 700}) {
+    StreamRow row = RecordRow<TDelayFilterState>(
+        "Delay " + std::to_string(delay), data, delay, [=](TDelayFilterState& state) { DelayInit(delay, state, data); },
+        DelayFilter);
+    row.needs_init = false;  // without a delay there is nothing to prepare
+    rows.push_back(row);
+  }
+}
+
+// Filters whose record needs no Init and takes data of either precision; those that work in place are run on a copy.
+void AddSimpleFilters(std::vector<StreamRow>& rows, TMtxFloatPrecision data) {
+  const std::size_t first = rows.size();
+  const bool complex = IsComplexPrecision(data);
+  const auto add = [&]<class State>(const char* name, State, auto filter) {
+    rows.push_back(RecordRow<State>(
+        name, data, 2, [](State& state) { state = {}; }, filter));
+  };
+  add("Differentiate", TDiffState{}, [](const TVec& x, TVec& y, TDiffState& s) { Differentiate(x, y, s, 0.1); });
+  add("Integrate", TIntegrateState{}, [](const TVec& x, TVec& y, TIntegrateState& s) { Integrate(x, y, s, 0.1); });
+  add("SampleAndHold", TSampleAndHoldState{}, [](const TVec& x, TVec& y, TSampleAndHoldState& s) {
+    y.Copy(x);
+    SampleAndHoldFilter(y, s, 5);
+  });
+  add("SampleAndDecay", TSampleAndHoldState{}, [](const TVec& x, TVec& y, TSampleAndHoldState& s) {
+    y.Copy(x);
+    SampleAndDecayFilter(y, s, 0.99);
+  });
+  if (complex) {
+    add("ExpAverage", TCplx{}, [](const TVec& x, TVec& y, TCplx& s) {
+      y.Copy(x);
+      ExpAverageFilter(y, s, 3);
+    });
+  } else {
+    add("ExpAverage", 0.0, [](const TVec& x, TVec& y, double& s) {
+      y.Copy(x);
+      ExpAverageFilter(y, s, 3);
+    });
+  }
+  for (std::size_t k = first; k < rows.size(); ++k) {
+    rows[k].needs_init = false;
+    rows[k].one_precision = false;
+  }
+}
+
 }  // namespace
 
 const std::vector<StreamRow>& StreamRows() {
@@ -174,6 +257,8 @@ const std::vector<StreamRow>& StreamRows() {
       for (const std::int32_t order : {0, 1, 3, 4, 9, 25}) all.push_back(IirRow(data, {false, order}));
       for (const std::int32_t sections : {1, 2, 3, 4, 9, 25}) all.push_back(IirRow(data, {true, sections}));
       for (const bool sections : {false, true}) all.push_back(IirRow(data, {sections, 4, true}));
+      AddMedianAndDelay(all, data);
+      AddSimpleFilters(all, data);
     }
     return all;
   }();

@@ -148,13 +148,17 @@ TEST_P(StreamLaws, RefusedCallChangesNothing) {
       EXPECT_TRUE(SameBits(y, untouched));
     }
   };
-  EXPECT_THROW(stream->Filter(x, y), Exception);  // before Init
-  expect_untouched(x);
+  if (Row().needs_init) {
+    EXPECT_THROW(stream->Filter(x, y), Exception);  // before Init
+    expect_untouched(x);
+  }
   stream->Init();
-  TVec other = x;
-  other.SetFloatPrecision(MakePrecision(x.Complex(), !x.IsDouble()));
-  EXPECT_THROW(stream->Filter(other, y), Exception);
-  expect_untouched(other);
+  if (Row().one_precision) {
+    TVec other = x;
+    other.SetFloatPrecision(MakePrecision(x.Complex(), !x.IsDouble()));
+    EXPECT_THROW(stream->Filter(other, y), Exception);
+    expect_untouched(other);
+  }
   if (Row().granule > 1 && std::floor(Row().rate) != Row().rate) {
     EXPECT_THROW(stream->Filter(Slice(x, 0, 1), y), Exception);
     EXPECT_TRUE(SameBits(y, untouched));

@@ -142,7 +142,8 @@ TEST(FirFilter, LengthThatIsDivisibleWithoutBeingAMultiple) {
 
 TEST(FirFilter, EqualFactorsWorkInPlaceToo) {
   TFirState state{};
-  FirInit(TVec{1, 1}, state, 2, 0, 2, 1);  // keeps the second sample of each pair: the first tap meets the inserted zero
+  FirInit(TVec{1, 1}, state, 2, 0, 2,
+          1);  // keeps the second sample of each pair: the first tap meets the inserted zero
   TVec data{1, 2, 3, 4};
   FirFilter(data, data, state);
   EXPECT_TRUE(SameValues(data, TVec{1, 2, 3, 4})) << data;
