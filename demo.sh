@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Filters a recording to the telephone band, 300 to 3400 Hz, by an FIR and by two IIR filters, and shows what that did.
+# Filters a recording to the telephone band, 300 to 3400 Hz, by two FIR and two IIR filters, and shows what that did.
 #
 #   ./demo.sh [RECORDING]
 #
@@ -65,6 +65,11 @@ mkdir -p "$output"
   --out "$output/taps.json" --plot "$output/response.svg" --log
 "$passband" filter --taps "$output/taps.json" --in "$recording" --out "$output/filtered.wav" --align
 
+say "   and the equiripple filter for the same bands: the shortest one"
+"$passband" design fir --method remez --type bandpass --edges 200,300,3400,3500 --attenuation 60 --odd --rate "$rate" \
+  --out "$output/equiripple.json" --plot "$output/equiripple.svg" --log
+"$passband" filter --taps "$output/equiripple.json" --in "$recording" --out "$output/filtered_equiripple.wav" --align
+
 say "4. IIR filters, streamed as second-order sections: a Butterworth filter with transition bands of an octave"
 # Near half the sampling rate the octave ends before.
 stop=$(awk -v rate="$rate" 'BEGIN { print (0.49 * rate < 6800 ? 0.49 * rate : 6800) }')
@@ -83,17 +88,23 @@ sharp=(--type bandpass --edges 200,300,3400,3500 --ripple 0.1 --attenuation 60 -
 
 say "5. Levels before and after"
 results=(--in "$recording")
-for name in filtered filtered_butterworth filtered_elliptic; do results+=(--in "$output/$name.wav"); done
+for name in filtered filtered_equiripple filtered_butterworth filtered_elliptic; do results+=(--in "$output/$name.wav"); done
 "$passband" levels "${results[@]}" --band 300,3400 --guard 100
 "$passband" plot-spectrum "${results[@]}" --band 300,3400 --out "$output/spectrum.svg"
 
+say "6. A page on the recording"
+"$passband" analyze --in "$recording" --out "$output/analysis.html"
+
 say "Done. Have a listen and a look, in $root/$output:"
-printf '  %s\n' "filtered.wav              the recording, as a telephone would carry it: by the FIR filter" \
+printf '  %s\n' "analysis.html             the recording: waveform, spectra, spectrogram, cepstrum; open it in a browser" \
+                "filtered.wav              the recording, as a telephone would carry it: by the FIR filter with Kaiser window" \
+                "filtered_equiripple.wav   by the equiripple FIR filter" \
                 "filtered_butterworth.wav  by the Butterworth filter" \
                 "filtered_elliptic.wav     by the elliptic filter" \
                 "response.svg              the magnitude response of the FIR filter" \
+                "equiripple.svg            that of the equiripple filter" \
                 "butterworth.svg           magnitude, phase, group delay, zeros and poles of the Butterworth filter" \
                 "elliptic.svg              the same of the elliptic filter" \
                 "spectrum.svg              the spectrum before and after all of them" \
-                "taps.json                 the taps of the FIR filter" \
+                "taps.json, equiripple.json        the taps of the FIR filters" \
                 "butterworth.json, elliptic.json   the sections of the IIR filters"

@@ -45,6 +45,7 @@ void ChannelFilters::FilterAs(std::span<const double> samples) {
     for (std::size_t n = 0; n < x.size(); ++n) x[n] = static_cast<R>(samples[n * channels_ + c]);
     const auto start = Clock::now();
     FilterChannel(c, input_, output_);
+    for (const auto& stage : stages_) stage->Run(c, output_);
     seconds_ += std::chrono::duration<double>(Clock::now() - start).count();
     const auto y = ElementsOf<R>(output_);
     for (std::size_t n = 0; n < y.size(); ++n) interleaved_[n * channels_ + c] = static_cast<double>(y[n]);

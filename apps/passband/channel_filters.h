@@ -3,10 +3,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <vector>
 
 #include <passband/passband.h>
+
+#include "filter_stages.h"
 
 namespace passband_cli {
 
@@ -26,6 +29,9 @@ class ChannelFilters {
   /// next call. The streams go on from call to call; nothing is allocated once blocks have their size.
   std::span<const double> Filter(std::span<const double> samples);
 
+  /// Has a small filter work on everything that comes out.
+  void Append(std::unique_ptr<FilterStage> stage) { stages_.push_back(std::move(stage)); }
+
   /// Time spent in the filters themselves so far.
   double Seconds() const { return seconds_; }
 
@@ -43,8 +49,20 @@ class ChannelFilters {
   RateChange rate_;
   passband::TVec input_;
   passband::TVec output_;
+  std::vector<std::unique_ptr<FilterStage>> stages_;
   std::vector<double> interleaved_;
   double seconds_ = 0;
+};
+
+/// No filter at all; for the small ones that are appended.
+class PlainChannels final : public ChannelFilters {
+ public:
+  PlainChannels(int channels, bool is_double) : ChannelFilters(channels, is_double, {}) {}
+
+ private:
+  void FilterChannel(std::size_t /*channel*/, passband::TVec& input, passband::TVec& output) override {
+    output.Copy(input);
+  }
 };
 
 /// FIR filters, also between two sampling rates.

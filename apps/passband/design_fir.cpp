@@ -1,12 +1,15 @@
 #include "design_fir.h"
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
 #include <CLI/CLI.hpp>
 
 #include "failure.h"
+#include "filter_response.h"
 #include "fir_options.h"
+#include "mask.h"
 #include "output_file.h"
 #include "plot.h"
 #include "tap_design.h"
@@ -22,6 +25,7 @@ struct Options {
   std::string format;
   std::string out;
   std::string plot;
+  std::string mask;
   bool log_axis = false;
   std::string precision = "double";
 };
@@ -33,18 +37,24 @@ TapFormat FormatOf(const Options& options) {
 
 void Run(const Options& options) {
   if (!options.plot.empty()) CheckPlotPath(options.plot);
+  const Mask mask = options.mask.empty() ? Mask{} : ReadMask(options.mask);
   const TapSet set = DesignTaps(options.fir, options.rate_hz, options.precision == "double");
   const std::string text = FormatTaps(set, FormatOf(options));
-  if (!options.plot.empty()) DrawResponse(set, options.log_axis, options.plot);
+  if (!options.plot.empty()) DrawResponse(set, mask, options.log_axis, options.plot);
   WriteText(options.out, text);
+  if (mask.empty()) return;
+  constexpr std::int32_t kIntervals = 4096;
+  const FilterResponse response(set);
+  const ResponseTable table = response.Table(kIntervals);
+  CheckMask(mask, {"", table.hz, table.decibels}, [&](double hz) { return response.DecibelsAt(hz); });
 }
 
 }  // namespace
 
 void AddDesignFirCommand(CLI::App& design) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command = design.add_subcommand("fir", "FIR filters of linear phase, by the window method");
-  AddFirOptions(*command, options->fir).front()->required();
+  CLI::App* command = design.add_subcommand("fir", "FIR filters: windowed, equiripple, fractional delay, fitted");
+  AddFirOptions(*command, options->fir);
   command->add_option("--rate", options->rate_hz, "Sampling rate")->required()->type_name("HZ");
   AddPrecisionOption(*command, options->precision);
   command->add_option("--format", options->format, "csv or json [by the extension of --out, else csv]")
@@ -53,12 +63,15 @@ void AddDesignFirCommand(CLI::App& design) {
   command->add_option("--out", options->out, "File to write instead of standard output")->type_name("FILE");
   command->add_option("--plot", options->plot, "Draw the magnitude response into this .svg file")->type_name("FILE");
   command->add_flag("--log", options->log_axis, "A logarithmic frequency axis for --plot");
+  command->add_option("--mask", options->mask, "Mask to draw and to check (see below)")->type_name("FILE");
   command->footer(
-      FirHelp() +
+      FirHelp() + MaskHelp() +
       "Examples:\n"
       "  passband design fir --type lowpass --edges 3000,3500 --rate 48000 --attenuation 80\n"
       "  passband design fir --type bandpass --edges 200,300,3400,3500 --rate 48000 --out taps.json --plot taps.svg\n"
-      "  passband design fir --method window --window blackman --length 101 --type highpass --edges 80 --rate 8000");
+      "  passband design fir --method window --window blackman --length 101 --type highpass --edges 80 --rate 8000\n"
+      "  passband design fir --method remez --type lowpass --edges 3000,3500 --rate 48000 --attenuation 80 --mask "
+      "m.csv");
   command->callback([options] { Run(*options); });
 }
 

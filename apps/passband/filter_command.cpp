@@ -14,6 +14,7 @@
 
 #include "channel_filters.h"
 #include "failure.h"
+#include "filter_stages.h"
 #include "filter_stream.h"
 #include "fir_options.h"
 #include "output_file.h"
@@ -40,6 +41,7 @@ struct Options {
   bool quiet = false;
   std::string precision = "double";
   std::string subtype = "same";
+  std::vector<StageOption> stages;
 };
 
 // Everything that one run works with.
@@ -72,10 +74,13 @@ void TellOtherRate(const char* what, double made_hz, double used_hz) {
   }
 }
 
+// Savitzky-Golay, inverse and noise filters have no type.
+bool DescribesTaps(const Options& options) { return !options.fir.type.empty() || options.fir.method != "kaiser"; }
+
 TapSet Taps(const Options& options, double rate_hz) {
   const bool is_double = options.precision == "double";
   if (options.taps.empty()) {
-    if (options.fir.type.empty()) Fail("a filter is required: --taps FILE, --sections FILE, or --type with its edges");
+    if (!DescribesTaps(options)) Fail("a filter is required: --taps FILE, --sections FILE, or --type with its edges");
     if (!(rate_hz > 0)) Fail("--rate is required: {} does not tell its sampling rate", options.in);
     return DesignTaps(options.fir, rate_hz * options.rate.up, is_double);
   }
@@ -127,6 +132,29 @@ void UseSections(const Options& options, Job& job) {
   job.filters = std::make_unique<SectionChannels>(set.sections, job.reader->Format().channels, options.zero_phase);
 }
 
+void UseStagesAlone(const Options& options, Job& job) {
+  if (options.align || options.zero_phase) Fail("--align and --zero-phase go with --taps and --sections");
+  if (job.rate.up != 1 || job.rate.down != 1) Fail("--up and --down go with FIR filters");
+  job.title = "small filters";
+  job.filters = std::make_unique<PlainChannels>(job.reader->Format().channels, options.precision == "double");
+}
+
+void ChooseFilter(const Options& options, Job& job) {
+  if (!options.sections.empty()) {
+    UseSections(options, job);
+  } else if (options.taps.empty() && !DescribesTaps(options) && !options.stages.empty()) {
+    UseStagesAlone(options, job);
+  } else {
+    UseTaps(options, job);
+  }
+  const double rate_hz = job.rate_hz * job.rate.up / job.rate.down;
+  for (const StageOption& stage : options.stages) {
+    const std::string value = stage.name.ends_with("ate") ? "" : " " + stage.value;
+    job.title += fmt::format(", {}{}", stage.name, value);
+    job.filters->Append(MakeStage(stage, job.reader->Format().channels, rate_hz, options.precision == "double"));
+  }
+}
+
 SignalFormat OutputFormat(const Options& options, const Job& job) {
   SignalFormat format = job.reader->Format();
   format.rate_hz = job.rate_hz * job.rate.up / job.rate.down;
@@ -147,7 +175,7 @@ Job Prepare(const Options& options) {
   job.reader = OpenSignal(options.in);
   RefuseSameFile(options.in, options.out);
   job.rate_hz = InputRate(options, job.reader->Format());
-  (options.sections.empty() ? UseTaps : UseSections)(options, job);
+  ChooseFilter(options, job);
   job.output = OutputFormat(options, job);
   // A block is not larger than the file.
   const std::int64_t frames = job.reader->Format().frames;
@@ -232,6 +260,7 @@ void AddFilterCommand(CLI::App& app) {
       ->type_name("FILE")
       ->excludes("--taps");
   const std::vector<CLI::Option*> description = AddFirOptions(*command, options->fir);
+  AddStageOptions(*command);
   command->add_option("--rate", options->rate_hz, "Sampling rate of a CSV file")->type_name("HZ");
   command->add_option("--block", options->block, "Frames per block; the result is the same for all")
       ->type_name("FRAMES")
@@ -258,8 +287,10 @@ void AddFilterCommand(CLI::App& app) {
       "Examples:\n"
       "  passband filter --type bandpass --edges 200,300,3400,3500 --in speech.wav --out phone.wav --align\n"
       "  passband filter --taps taps.json --in speech.wav --out half.wav --down 2\n"
-      "  passband filter --sections sections.json --in speech.wav --out phone.wav");
-  command->callback([options, description] {
+      "  passband filter --sections sections.json --in speech.wav --out phone.wav\n"
+      "  passband filter --notch 50 --median 5 --in sensor.csv --rate 1000 --out clean.csv");
+  command->callback([options, description, command] {
+    options->stages = StagesGiven(*command);
     const bool by_taps = !options->taps.empty();
     for (const CLI::Option* option : description) {
       if ((by_taps || !options->sections.empty()) && option->count() > 0) {

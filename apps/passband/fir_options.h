@@ -23,8 +23,15 @@ struct FirOptions {
   std::optional<double> param;
   std::optional<double> ripple;
   std::optional<double> attenuation_db;
+  std::vector<double> weights;
+  std::optional<double> fraction;
+  std::optional<std::int32_t> order;
+  std::optional<std::int32_t> derivative;
+  std::optional<std::string> amplitude;
+  std::optional<double> slope_db;
   double gain = 1;
   bool odd = false;
+  bool invert = false;
 };
 
 /// Adds the options to a command, in a group of their own in its help; returns them, `--type` first.

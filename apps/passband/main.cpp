@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
+#include "analyze_command.h"
 #include "design_fir.h"
 #include "design_iir.h"
 #include "filter_command.h"
@@ -16,7 +17,10 @@
 #include "levels_command.h"
 #include "order_command.h"
 #include "output_file.h"
+#include "response_command.h"
 #include "spectrum_command.h"
+#include "tone_command.h"
+#include "zoom_command.h"
 
 namespace passband_cli {
 namespace {
@@ -38,8 +42,12 @@ void AddCommands(CLI::App& app) {
   AddDesignIirCommand(*design);
   AddOrderCommand(app);
   AddFilterCommand(app);
+  AddAnalyzeCommand(app);
   AddLevelsCommand(app);
+  AddResponseCommand(app);
   AddSpectrumCommand(app);
+  AddToneCommand(app);
+  AddZoomCommand(app);
   AddInfoCommand(app);
   app.footer(
       "'passband COMMAND --help' tells the options of a command. Frequencies are in Hz. A failure is "

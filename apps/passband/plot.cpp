@@ -57,9 +57,40 @@ void AddPoints(Script& script, const Plot& plot, std::size_t panel) {
   for (std::size_t c = 0; c < plot.curves.size(); ++c) {
     script.Line("$curve{}_{} << END", panel, c);
     const Curve& curve = plot.curves[c];
-    for (std::size_t n = 0; n < curve.x.size(); ++n) script.Line("{:.9g} {:.6g}", curve.x[n], curve.y[n]);
+    for (std::size_t n = 0; n < curve.x.size(); ++n) {
+      if (std::isnan(curve.y[n])) {
+        script.Line("");  // an empty line separates two lines of the picture
+      } else {
+        script.Line("{:.9g} {:.6g}", curve.x[n], curve.y[n]);
+      }
+    }
     script.Line("END");
   }
+}
+
+void AddImage(Script& script, const Plot& plot, std::size_t panel) {
+  const Image& image = plot.image;
+  if (image.values.empty()) return;
+  script.Line("$image{} << END", panel);
+  std::string row;
+  for (std::size_t n = 0; n < image.values.size(); ++n) {
+    fmt::format_to(std::back_inserter(row), "{:.4g} ", image.values[n]);
+    if ((n + 1) % image.columns != 0) continue;
+    script.Line("{}", row);
+    row.clear();
+  }
+  script.Line("END");
+}
+
+// The image as the first thing that a plot command draws, its pixels spread over the axes.
+std::string DrawImage(const Plot& plot, std::size_t panel) {
+  const Image& image = plot.image;
+  if (image.values.empty()) return "";
+  const double wide = (plot.x_max - plot.x_min) / static_cast<double>(image.columns);
+  const double high =
+      (plot.y_max - plot.y_min) * static_cast<double>(image.columns) / static_cast<double>(image.values.size());
+  return fmt::format(" $image{} matrix using ({:.9g}+($1+0.5)*{:.9g}):({:.9g}+($2+0.5)*{:.9g}):3 with image notitle",
+                     panel, plot.x_min, wide, plot.y_min, high);
 }
 
 // One, two or five times a power of ten, of which an axis holds three to eight.
@@ -91,6 +122,7 @@ void AddAxes(Script& script, const Plot& plot) {
 
 std::string Style(Marker marker) {
   if (marker == Marker::Line) return "lines linewidth 1.4";
+  if (marker == Marker::Limit) return "lines linewidth 2.5 dashtype 2";
   return fmt::format("points pointsize 0.7 linewidth 1.4 pointtype {}", marker == Marker::Circle ? 6 : 2);
 }
 
@@ -105,26 +137,35 @@ void AddPanel(Script& script, const Plot& plot, std::size_t panel) {
   for (const Label& label : plot.labels) {
     script.Line("set label {} at {:.9g}, {:.9g} offset character 0.6, 0.6", Quoted(label.text), label.x, label.y);
   }
-  std::string curves;
+  if (!plot.image.values.empty()) {
+    script.Line("set palette defined (0 '#0d0887', 0.35 '#9c179e', 0.65 '#ed7953', 1 '#f0f921')");
+    script.Line("set cbrange [{:.9g}:{:.9g}]", plot.image.lowest, plot.image.highest);
+    script.Line("set cblabel {}", Quoted(plot.image.label));
+  }
+  std::string curves = DrawImage(plot, panel);
   for (std::size_t c = 0; c < plot.curves.size(); ++c) {
     const Curve& curve = plot.curves[c];
-    fmt::format_to(std::back_inserter(curves), "{} $curve{}_{} with {} linecolor rgb '{}' {}", c > 0 ? "," : "", panel,
-                   c, Style(curve.marker), kColours[c % kColours.size()],
+    fmt::format_to(std::back_inserter(curves), "{} $curve{}_{} with {} linecolor rgb '{}' {}",
+                   curves.empty() ? "" : ",", panel, c, Style(curve.marker), kColours[c % kColours.size()],
                    curve.name.empty() ? "notitle" : "title " + Quoted(curve.name));
   }
   script.Line("plot{}", curves);
 }
 
-std::string ScriptOf(std::span<const Plot> panels, const std::string& title) {
+std::string ScriptOf(std::span<const Plot> panels, const std::string& title, const std::string& prefix) {
   const bool several = panels.size() > 1;
   const std::size_t columns = std::min<std::size_t>(panels.size(), 2);
   const std::size_t rows = (panels.size() + 1) / 2;
   Script script;
-  for (std::size_t k = 0; k < panels.size(); ++k) AddPoints(script, panels[k], k);
+  for (std::size_t k = 0; k < panels.size(); ++k) {
+    AddPoints(script, panels[k], k);
+    AddImage(script, panels[k], k);
+  }
   script.Line("set encoding utf8");
   script.Line(
-      "set terminal svg noenhanced size {},{} dynamic font 'sans-serif,15' background rgb 'white' linewidth 1.2",
-      several ? 1440 : 960, several ? 500 * rows : 540);
+      "set terminal svg noenhanced size {},{} dynamic font 'sans-serif,15' name '{}' background rgb 'white' "
+      "linewidth 1.2",
+      several ? 1440 : 960, several ? 500 * rows : 540, prefix);
   if (several) script.Line("set multiplot layout {},{} title {} font ',18'", rows, columns, Quoted(title));
   for (std::size_t k = 0; k < panels.size(); ++k) AddPanel(script, panels[k], k);
   return script.Text();
@@ -172,6 +213,25 @@ File TemporaryFile() {
   return file;
 }
 
+// Script and picture go through files rather than pipes, so that neither side can leave the other one waiting.
+std::string Draw(const std::string& text, const std::string& what) {
+  const File script = TemporaryFile();
+  const File picture = TemporaryFile();
+  const File messages = TemporaryFile();
+  if (std::fwrite(text.data(), 1, text.size(), script.get()) != text.size() || std::fflush(script.get()) != 0) {
+    Fail("cannot write a temporary file for gnuplot: {}", std::strerror(errno));
+  }
+  std::rewind(script.get());
+  const int result = RunGnuplot(script.get(), picture.get(), messages.get());
+  std::string svg = ContentsOf(picture.get());
+  if (result != 0 || svg.find("</svg>") == std::string::npos) {
+    Fail("gnuplot could not draw {}: {}", what, LastLine(ContentsOf(messages.get())));
+  }
+  return svg;
+}
+
+constexpr const char* kPrefix = "gnuplot";
+
 }  // namespace
 
 void CheckPlotPath(const std::string& path) {
@@ -180,24 +240,15 @@ void CheckPlotPath(const std::string& path) {
 
 void DrawSvg(const Plot& plot, const std::string& path) { DrawSvg(std::span(&plot, 1), "", path); }
 
-// Script and picture go through files rather than pipes, so that neither side can leave the other one waiting.
 void DrawSvg(std::span<const Plot> panels, const std::string& title, const std::string& path) {
-  const File script = TemporaryFile();
-  const File picture = TemporaryFile();
-  const File messages = TemporaryFile();
-  const std::string text = ScriptOf(panels, title);
-  if (std::fwrite(text.data(), 1, text.size(), script.get()) != text.size() || std::fflush(script.get()) != 0) {
-    Fail("cannot write a temporary file for gnuplot: {}", std::strerror(errno));
-  }
-  std::rewind(script.get());
-  const int result = RunGnuplot(script.get(), picture.get(), messages.get());
-  const std::string svg = ContentsOf(picture.get());
-  if (result != 0 || svg.find("</svg>") == std::string::npos) {
-    Fail("gnuplot could not draw {}: {}", path, LastLine(ContentsOf(messages.get())));
-  }
+  const std::string svg = Draw(ScriptOf(panels, title, kPrefix), path);
   TextOutput output(path);
   output.Write(svg);
   output.Finish();
+}
+
+std::string SvgOf(const Plot& plot, const std::string& prefix) {
+  return Draw(ScriptOf(std::span(&plot, 1), "", prefix), plot.title);
 }
 
 }  // namespace passband_cli

@@ -20,7 +20,8 @@ struct TapSet {
 };
 
 /// Checks the description and designs the filter. What cannot be designed as it was asked for raises a `Failure`; a
-/// length that the type cannot have is moved to the next one, with a note on standard error.
+/// length that the type cannot have is moved to the next one, and an equiripple filter tells what it has reached, in
+/// notes on standard error.
 TapSet DesignTaps(const FirOptions& options, double rate_hz, bool is_double);
 
 }  // namespace passband_cli

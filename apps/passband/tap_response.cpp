@@ -50,7 +50,7 @@ Curve MagnitudeResponse(const TapSet& set, bool log_axis) {
   return curve;
 }
 
-void DrawResponse(const TapSet& set, bool log_axis, const std::string& path) {
+void DrawResponse(const TapSet& set, const Mask& mask, bool log_axis, const std::string& path) {
   Plot plot;
   plot.title = "Magnitude response: " + set.title;
   plot.x_label = "Frequency in Hz";
@@ -65,6 +65,7 @@ void DrawResponse(const TapSet& set, bool log_axis, const std::string& path) {
   for (const double edge : set.edges_hz) {
     if (edge > plot.x_min && edge < plot.x_max) plot.marks.push_back(edge);
   }
+  DrawMask(mask, plot);
   DrawSvg(plot, path);
 }
 

@@ -4,14 +4,16 @@ import math
 import os
 import re
 import subprocess
+import tempfile
 import unittest
+import xml.etree.ElementTree as ElementTree
 from pathlib import Path
 
 EXAMPLES = Path(os.environ.get("PASSBAND_EXAMPLES", "."))
 
 
-def output_of(name):
-    return subprocess.run([EXAMPLES / f"example_{name}"], check=True, capture_output=True, text=True).stdout.split("\n")
+def output_of(name, *arguments):
+    return subprocess.run([EXAMPLES / f"example_{name}", *arguments], check=True, capture_output=True, text=True).stdout.split("\n")
 
 
 class ExampleTest(unittest.TestCase):
@@ -49,6 +51,26 @@ class ExampleTest(unittest.TestCase):
             frequency, level = float(line.split()[0]), float(line.split()[-2])
             ratio = math.tan(math.pi * frequency / 1000) / warped
             self.assertAlmostEqual(level, -10 * math.log10(1 + ratio ** (2 * expected)), delta=0.0011)
+
+    def test_ring_buffer_loses_nothing(self):
+        first, second, *_ = output_of("ring_buffer")
+        windows = (200 * 441 - 1024) // 512 + 1
+        self.assertEqual([int(x) for x in re.findall(r"\d+", first)], [200, 441, windows, 1024, 200 * 441 - 512 * windows])
+        lowest, highest = [float(x) for x in re.findall(r"\d\.\d+", second)]
+        self.assertAlmostEqual(lowest, 0.5, delta=1e-3)
+        self.assertAlmostEqual(highest, 0.5, delta=1e-3)
+        self.assertNotIn("lost", second)
+
+    def test_pendulum_is_tracked_within_its_band(self):
+        with tempfile.TemporaryDirectory() as directory:
+            picture = Path(directory) / "pendulum.svg"
+            camera, tracked, inside, *_ = output_of("pendulum", picture)
+            paths = ElementTree.parse(picture).getroot().findall("{http://www.w3.org/2000/svg}path")
+        number = lambda line: float(re.search(r"\d+\.\d+", line).group())
+        self.assertAlmostEqual(number(camera), 0.15, delta=0.01)
+        self.assertLess(number(tracked), number(camera) / 3)
+        self.assertGreater(number(inside), 98)
+        self.assertEqual(len(paths), 4)  # axes, band, two curves
 
 
 if __name__ == "__main__":
