@@ -66,6 +66,13 @@ def iir_direct(name, dtype):
                    best(lambda: signal.lfilter(b, a, part, zi=zi), block))
 
 
+def equiripple():
+    for taps in (51, 201, 1001, 2001):
+        bands = [0, 0.2, 0.2 + 4 / taps, 0.5]
+        report("equiripple", f"taps={taps}", "scipy_remez",
+               best(lambda: signal.remez(taps, bands, [1, 0], fs=1, grid_density=16, maxiter=200), 1))
+
+
 def iir_design():
     params = "family={};type=bandpass;order={};form=sos"
     elliptic = params.format("elliptic", 10)
@@ -201,6 +208,7 @@ if __name__ == "__main__":
         search(type_name, element)
         decibels(type_name, element)
     iir_design()
+    equiripple()
     frequency_response()
     cepstrum()
     sys.exit(0)

@@ -28,7 +28,7 @@ constexpr double kDeepest = 3e-17;     // below: there is no point in looking fo
 
 // What stored taps can express.
 constexpr double kTapNoise = 0x1p-54;  // error of the amplitude from rounding, of the root of the taps' sum of squares
-constexpr double kTapShare = 0.01;     // what it may add to the levelled error
+constexpr double kTapShare = 1e-3;     // what it may add to the levelled error
 constexpr double kTapShown = 1e-4;     // from where it shows in the deviation
 constexpr double kModest = 100;        // root of the sum of squares, of the desired amplitude, that is never refused
 

@@ -16,6 +16,7 @@ constexpr double kDoubling = 2;     // growth of the frequency within which weig
 constexpr double kRough = 0.01;     // tolerance from which the neighbours of nodes do not matter
 constexpr double kStuck = 1e-5;     // excess that may stay when iterations change nothing
 constexpr std::int32_t kIdle = 4;   // iterations that are allowed to bring nothing
+constexpr double kLarge = 0.3;      // error, of the largest one, from which a new extremum counts
 constexpr double kClose = 0.3;      // excess below which the neighbours of nodes are looked at
 
 // What an iteration looks at between the nodes.
@@ -112,18 +113,36 @@ struct Extremum {
   double error;
 };
 
-// The largest error of each run of one sign.
-std::vector<Extremum> AlternatingExtrema(const std::vector<double>& errors) {
+// The largest error of each run of one sign that has a node in it, or an error that is not small against the largest one.
+// What is left out would otherwise take the places of nodes elsewhere, all at once where there are many bands.
+std::vector<Extremum> AlternatingExtrema(const Positions& points, const std::vector<double>& errors,
+                                         const Positions& nodes, double large) {
   std::vector<Extremum> extrema;
-  for (std::size_t i = 0; i < errors.size(); ++i) {
-    const double e = errors[i];
-    if (!(std::abs(e) > 0)) continue;
-    if (extrema.empty() || (e > 0) != (extrema.back().error > 0)) {
-      extrema.push_back({i, e});
-    } else if (std::abs(e) > std::abs(extrema.back().error)) {
-      extrema.back() = {i, e};
+  Extremum run{0, 0};
+  bool has_node = false;
+  const auto close = [&] {
+    if (!has_node && !(std::abs(run.error) >= large)) return;
+    if (extrema.empty() || (run.error > 0) != (extrema.back().error > 0)) {
+      extrema.push_back(run);
+    } else if (std::abs(run.error) > std::abs(extrema.back().error)) {
+      extrema.back() = run;
     }
+  };
+  for (std::size_t i = 0, k = 0; i < errors.size(); ++i) {
+    const double e = errors[i];
+    const bool is_node = k < nodes.size() && nodes[k] == points[i];
+    if (is_node) ++k;
+    if (!(std::abs(e) > 0)) continue;
+    if (run.error == 0 || (e > 0) != (run.error > 0)) {
+      if (run.error != 0) close();
+      run = {i, e};
+      has_node = false;
+    } else if (std::abs(e) > std::abs(run.error)) {
+      run = {i, e};
+    }
+    has_node = has_node || is_node;
   }
+  if (run.error != 0) close();
   return extrema;
 }
 
@@ -227,7 +246,7 @@ ExchangeResult Exchange(const Target& target, Positions nodes, const ExchangeLim
     const bool bad_start = result.iterations == 1 && !(result.largest <= limits.first);
     const bool lost = result.iterations >= kIdle && !(result.deviation >= std::max(limits.least, result.noise));
     if (bad_start || lost || result.iterations >= limits.iterations) return result;
-    std::vector<Extremum> extrema = AlternatingExtrema(errors);
+    std::vector<Extremum> extrema = AlternatingExtrema(points, errors, result.nodes, kLarge * result.largest);
     if (extrema.size() >= result.nodes.size()) {
       Thin(extrema, result.nodes.size());
       result.nodes = NextNodes(*target.grid, points, errors, extrema);

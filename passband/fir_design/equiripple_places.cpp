@@ -39,7 +39,9 @@ PlaceSet::PlaceSet(std::span<const double> frequencies)
   double* const to_lo = lo.data();
   double* const to_sine = sine.data();
   double* const to_cosine = cosine.data();
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC ivdep
+#endif
   for (std::size_t i = 0; i < frequencies.size(); ++i) {
     const double from_end = 0.5 - f[i];
     const double sign = std::copysign(1.0, from_end - f[i]);

@@ -101,7 +101,7 @@ bool IsExact(Stage& stage) {
 
 double LargestError(const Target& target, std::size_t size) {
   const auto all = static_cast<std::size_t>(target.grid->Size());
-  const PointSet points = target.Rests(EvenNodes(*target.grid, std::min(all, 8 * size + 8)), 0);
+  const PointSet points = target.Rests(EvenNodes(*target.grid, std::min(all, 32 * size + 32)), 0);
   double largest = 0;
   for (std::size_t i = 0; i < points.Size(); ++i) {
     const double error = points.weight[i] * std::abs(points.desired[i]);
