@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <initializer_list>
 #include <string_view>
+#include <vector>
 
 #include "failure.h"
 #include "fir_methods.h"
@@ -16,7 +16,7 @@ namespace {
 struct OptionUse {
   std::string_view name;
   bool (*given)(const FirOptions&);
-  std::initializer_list<std::string_view> methods;
+  std::vector<std::string_view> methods;
 };
 
 void RefuseForeignOptions(const FirOptions& options) {

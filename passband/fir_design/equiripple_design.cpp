@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <memory>
 #include <utility>
 
-#include "passband/fir_design/equiripple_stage_internal.h"
+#include "passband/fir_design/equiripple_refinement_internal.h"
+#include "passband/fir_design/equiripple_start_internal.h"
 #include "passband/fir_design/equiripple_taps_internal.h"
 
 namespace passband::OptimalFir::detail {
@@ -28,14 +28,13 @@ constexpr double kDeepest = 3e-17;     // below: there is no point in looking fo
 
 // What stored taps can express.
 constexpr double kTapNoise = 0x1p-54;  // error of the amplitude from rounding, of the root of the taps' sum of squares
-constexpr double kTapShare = 1e-3;     // what it may add to the levelled error
-constexpr double kTapShown = 1e-4;     // from where it shows in the deviation
-constexpr double kModest = 100;        // root of the sum of squares, of the desired amplitude, that is never refused
+constexpr double kTapShare = 0.03;     // what it may add to the levelled error
+constexpr double kTapShown = 1e-4;     // from where the error is no longer that of the optimum
+constexpr double kModest = 100;        // root of the sum of squares, of the desired amplitude, that is no growth
 
 // Ways of growing.
 constexpr std::size_t kShort = 48;       // cosines that need no shorter design to start from
 constexpr std::int32_t kPatience = 20;   // iterations from even nodes before another start is tried
-constexpr double kGoodStart = 1e4;       // first error, of the levelled one of the shorter design, to go on from
 constexpr std::size_t kResolution = 48;  // share of a size that is not worth another design
 constexpr int kFailures = 8;
 
@@ -148,16 +147,17 @@ class Design {
       stage.result = Exchange(stage.target, EvenNodes(grid, stage.size + 1), limits);
       return;
     }
-    const Positions nodes = StretchedNodes(*before.target.grid, before.result.nodes, grid, stage.size + 1);
     const bool deep = stage.target.base.Size() > 0;  // even nodes are out of the question then
-    if (!deep) limits.first = kGoodStart * before.result.deviation;
-    stage.result = Exchange(stage.target, nodes, limits);
+    if (!deep) limits.iterations = kPatience;
+    stage.result =
+        Exchange(stage.target, StretchedNodes(*before.target.grid, before.result.nodes, grid, stage.size + 1), limits);
     if (stage.result.levelled || deep) return;
-    const bool refused = stage.result.iterations == 1;
+    const ExchangeResult stretched = stage.result;
     stage.result = Exchange(stage.target, EvenNodes(grid, stage.size + 1), limits);
-    if (stage.result.levelled || !refused) return;
-    limits.first = std::numeric_limits<double>::infinity();
-    stage.result = Exchange(stage.target, nodes, limits);
+    if (stage.result.levelled || stretched.iterations < kPatience) return;
+    limits.iterations = kMaxIterations - kPatience;
+    stage.result = Exchange(stage.target, stretched.nodes, limits);
+    stage.result.iterations += kPatience;
   }
 
   // What the rounding of taps to double adds to the error.
@@ -169,14 +169,18 @@ class Design {
     return kTapNoise * weight * TapRoot(stage, sum);
   }
 
-  // True when the rounding of taps does not matter: between the bands the best approximation may become so large that it
-  // does.
-  bool Expressible(const Stage& stage, const CosineSum& sum) const {
+  // True when taps are far larger than the amplitude in the bands: between them it has grown beyond measure.
+  bool Overgrown(const Stage& stage, const CosineSum& sum) const {
     double amplitude = 0;
     for (const std::int64_t p : stage.target.grid->Ends()) {
       amplitude = std::max(amplitude, std::abs(stage.target.grid->DesiredAmplitude(p)));
     }
-    return TapRoot(stage, sum) <= kModest * amplitude || TapError(stage, sum) <= kTapShare * stage.result.deviation;
+    return TapRoot(stage, sum) > kModest * amplitude;
+  }
+
+  // False when the rounding of such taps spoils the error.
+  bool Expressible(const Stage& stage, const CosineSum& sum) const {
+    return !Overgrown(stage, sum) || TapError(stage, sum) <= kTapShare * stage.result.deviation;
   }
 
   std::vector<Wide> Taps(const Stage& stage, const CosineSum& sum) const {
@@ -211,10 +215,11 @@ class Design {
     if (stage.size == 0) return {CosineSum(1), std::max(grid_->Scale(), grid_->FixedError()), kMaxIterations};
     Approximation result{stage.target.base, stage.result.deviation, kMaxIterations};
     const bool rounding = stage.exact || result.deviation <= kRounding * stage.target.scale;
-    const bool whole = stage.size == count_;
+    const bool spoilt = TapError(stage, stage.target.base) > kTapShown * result.deviation;
+    const bool whole = stage.size == count_ && !(spoilt && Overgrown(stage, stage.target.base));
     if ((rounding || whole) && count_ == all_) result.iterations = std::max(1, stage.result.iterations);
-    if (rounding || !whole || TapError(stage, stage.target.base) > kTapShown * result.deviation) {
-      result.deviation = std::max(whole && !rounding ? result.deviation : 0, RoundedError(stage));
+    if (rounding || spoilt || !whole) {
+      result.deviation = std::max(stage.size == count_ && !rounding ? result.deviation : 0, RoundedError(stage));
     }
     result.deviation = std::max(result.deviation, grid_->FixedError());
     return result;

@@ -1,9 +1,9 @@
+#include "passband/fir_design/equiripple_grid_internal.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <utility>
-
-#include "passband/fir_design/equiripple_grid_internal.h"
 
 namespace passband::OptimalFir::detail {
 namespace {

@@ -1,9 +1,11 @@
+#include "passband/fir_design/equiripple_refinement_internal.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <optional>
 
-#include "passband/fir_design/equiripple_stage_internal.h"
+#include "passband/fir_design/equiripple_start_internal.h"
 #include "passband/fir_design/equiripple_wide_internal.h"
 
 namespace passband::OptimalFir::detail {

@@ -1,7 +1,7 @@
+#include "passband/fir_design/equiripple_start_internal.h"
+
 #include <algorithm>
 #include <cmath>
-
-#include "passband/fir_design/equiripple_exchange_internal.h"
 
 namespace passband::OptimalFir::detail {
 namespace {
@@ -68,6 +68,23 @@ double PlaceAt(const std::vector<double>& places, double fraction) {
   return places[i] + (at - static_cast<double>(i)) * (places[i + 1] - places[i]);
 }
 
+// The nodes of all segments, each with the wanted number of them along the curve of the old ones.
+Positions Spread(const std::vector<Part>& parts) {
+  Positions nodes;
+  for (const Part& part : parts) {
+    const std::vector<double> places = part.places.size() < 2 ? std::vector<double>{0, 1} : part.places;
+    std::int64_t low = part.first;
+    for (std::int64_t j = 0; j < part.wanted; ++j) {
+      const double fraction = part.wanted > 1 ? static_cast<double>(j) / static_cast<double>(part.wanted - 1) : 0;
+      const double place = PlaceAt(places, fraction) * static_cast<double>(part.size - 1);
+      const std::int64_t high = part.first + part.size - (part.wanted - j);
+      nodes.push_back(std::clamp(part.first + static_cast<std::int64_t>(std::nearbyint(place)), low, high));
+      low = nodes.back() + 1;
+    }
+  }
+  return nodes;
+}
+
 }  // namespace
 
 Positions EvenNodes(const FrequencyGrid& grid, std::size_t count) {
@@ -82,19 +99,15 @@ Positions StretchedNodes(const FrequencyGrid& from, const Positions& nodes, cons
                          std::size_t count) {
   std::vector<Part> parts = PartsOf(from, nodes, grid);
   ShareOut(parts, count);
-  Positions stretched;
-  for (Part& part : parts) {
-    if (part.places.size() < 2) part.places = {0, 1};
-    std::int64_t low = part.first;
-    for (std::int64_t j = 0; j < part.wanted; ++j) {
-      const double fraction = part.wanted > 1 ? static_cast<double>(j) / static_cast<double>(part.wanted - 1) : 0;
-      const double place = PlaceAt(part.places, fraction) * static_cast<double>(part.size - 1);
-      const std::int64_t high = part.first + part.size - (part.wanted - j);
-      stretched.push_back(std::clamp(part.first + static_cast<std::int64_t>(std::nearbyint(place)), low, high));
-      low = stretched.back() + 1;
-    }
-  }
-  return stretched;
+  return Spread(parts);
+}
+
+Positions WithNodeMoved(const FrequencyGrid& grid, const Positions& nodes, std::size_t from, std::size_t to) {
+  std::vector<Part> parts = PartsOf(grid, nodes, grid);
+  for (Part& part : parts) part.wanted = static_cast<std::int64_t>(part.places.size());
+  --parts[from].wanted;
+  ++parts[to].wanted;
+  return Spread(parts);
 }
 
 }  // namespace passband::OptimalFir::detail

@@ -1,10 +1,10 @@
+#include "passband/fir_design/equiripple_wide_internal.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numbers>
 #include <utility>
-
-#include "passband/fir_design/equiripple_wide_internal.h"
 
 namespace passband::OptimalFir::detail {
 namespace {

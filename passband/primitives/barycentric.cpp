@@ -8,6 +8,8 @@
 #include <new>
 #include <vector>
 
+#include "passband/primitives/places_internal.h"
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "passband/primitives/barycentric.cpp"
 #include <hwy/foreach_target.h>
@@ -38,20 +40,17 @@ HWY_INLINE void TakeExponent(V& p, VI& exponent) {
 }
 
 // The products of the distances of kChains vectors of points to all nodes; a distance of 0 is left out.
-HWY_INLINE void Products(const Places& nodes, const Places& points, std::size_t at, double* HWY_RESTRICT mantissas,
-                         std::int64_t* HWY_RESTRICT exponents) {
+HWY_INLINE void Products(const Places& nodes, const double* points_hi, const double* points_lo,
+                         double* HWY_RESTRICT mantissas, std::int64_t* HWY_RESTRICT exponents) {
   const D d;
   const DI di;
   const std::size_t lanes = hn::Lanes(d);
   const auto count = static_cast<std::size_t>(nodes.count);
-  const auto last = static_cast<std::size_t>(points.count);
   V hi[kChains], lo[kChains], product[kChains];
   VI exponent[kChains];
   for (std::size_t c = 0; c < kChains; ++c) {
-    const std::size_t i = std::min(at + c * lanes, last);
-    const auto mask = hn::FirstN(d, last - i);
-    hi[c] = hn::MaskedLoad(mask, d, points.hi + i);
-    lo[c] = hn::MaskedLoad(mask, d, points.lo + i);
+    hi[c] = hn::LoadU(d, points_hi + c * lanes);
+    lo[c] = hn::LoadU(d, points_lo + c * lanes);
     product[c] = hn::Set(d, 1.0);
     exponent[c] = hn::Zero(di);
   }
@@ -69,16 +68,15 @@ HWY_INLINE void Products(const Places& nodes, const Places& points, std::size_t 
     for (std::size_t c = 0; c < kChains; ++c) TakeExponent(product[c], exponent[c]);
   }
   for (std::size_t c = 0; c < kChains; ++c) {
-    hn::StoreU(product[c], d, mantissas + at + c * lanes);
-    hn::StoreU(exponent[c], di, exponents + at + c * lanes);
+    hn::StoreU(product[c], d, mantissas + c * lanes);
+    hn::StoreU(exponent[c], di, exponents + c * lanes);
   }
 }
 
-// mantissas[i] 2^exponents[i] is the product at point i. Both arrays have room for kChains vectors behind the last point.
+// mantissas[i] 2^exponents[i] is the product at point i. Both arrays have room for a block behind the last point.
 void AllProducts(const Places& nodes, const Places& points, double* mantissas, std::int64_t* exponents) {
-  const std::size_t step = kChains * hn::Lanes(D());
-  for (std::size_t i = 0; i < static_cast<std::size_t>(points.count); i += step) {
-    Products(nodes, points, i, mantissas, exponents);
+  for (detail::PlaceBlocks block(points, kChains * hn::Lanes(D())); !block.Ended(); block.Next()) {
+    Products(nodes, block.Hi(), block.Lo(), mantissas + block.At(), exponents + block.At());
   }
 }
 
@@ -135,21 +133,18 @@ template <std::size_t kSums>
 void Evaluate(const Places& nodes, const double* const (&coefficients)[kSums], const Places& points, double* values) {
   const D d;
   const std::size_t lanes = hn::Lanes(d);
-  const auto count = static_cast<std::size_t>(points.count);
   HWY_ALIGN_MAX double out[kPointVectors * hn::MaxLanes(D())];
-  for (std::size_t i = 0; i < count; i += kPointVectors * lanes) {
+  for (detail::PlaceBlocks block(points, kPointVectors * lanes); !block.Ended(); block.Next()) {
     V hi[kPointVectors], lo[kPointVectors], sums[kPointVectors][kSums];
     for (std::size_t v = 0; v < kPointVectors; ++v) {
-      const std::size_t at = std::min(i + v * lanes, count);
-      const auto mask = hn::FirstN(d, count - at);
-      hi[v] = hn::MaskedLoad(mask, d, points.hi + at);
-      lo[v] = hn::MaskedLoad(mask, d, points.lo + at);
+      hi[v] = hn::LoadU(d, block.Hi() + v * lanes);
+      lo[v] = hn::LoadU(d, block.Lo() + v * lanes);
     }
     SumsAt(nodes, coefficients, hi, lo, sums);
     for (std::size_t v = 0; v < kPointVectors; ++v) {
       hn::Store(kSums == 2 ? hn::Div(sums[v][0], sums[v][kSums - 1]) : sums[v][0], d, out + v * lanes);
     }
-    std::copy_n(out, std::min(kPointVectors * lanes, count - i), values + i);
+    std::copy_n(out, block.Count(), values + block.At());
   }
 }
 
@@ -172,8 +167,6 @@ HWY_EXPORT(AllProducts);
 HWY_EXPORT(Values);
 HWY_EXPORT(Sums);
 
-constexpr std::size_t kSlack = 4 * 8;  // kChains vectors of the widest kind
-
 bool Incomplete(const Places& places) { return places.hi == nullptr || places.lo == nullptr; }
 
 // Products of the distances of the points to the nodes. False when memory is short.
@@ -184,8 +177,8 @@ struct DistanceProducts {
   bool Compute(const Places& nodes, const Places& points) noexcept {
     const auto count = static_cast<std::size_t>(points.count);
     try {
-      mantissas.resize(count + kSlack);
-      exponents.resize(count + kSlack);
+      mantissas.resize(count + detail::kMaxBlock);
+      exponents.resize(count + detail::kMaxBlock);
     } catch (const std::bad_alloc&) {
       return false;
     }

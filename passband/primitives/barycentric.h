@@ -3,17 +3,10 @@
 
 #include <cstdint>
 
+#include "passband/primitives/places.h"
 #include "passband/primitives/status.h"
 
 namespace passband::primitives {
-
-/// Places on the real line as unevaluated sums hi[k] + lo[k], |lo[k]| at most half a unit in the last place of hi[k]:
-/// differences of close places keep all their digits.
-struct Places {
-  const double* hi;
-  const double* lo;
-  std::int32_t count;
-};
 
 /// weights[k] 2^exponent = 1 / product of (x[k] - x[j]) over j != k, the power of two such that the largest of the weights
 /// is between 0.5 and 1. Products are kept as mantissa and exponent, so that no number of nodes over- or underflows; weights

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "passband/primitives/places_internal.h"
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "passband/primitives/cosine_sum.cpp"
 #include <hwy/foreach_target.h>
@@ -78,17 +80,14 @@ void Evaluate(const double* HWY_RESTRICT alpha_hi, const double* HWY_RESTRICT al
               const Places& points, double* HWY_RESTRICT hi, double* HWY_RESTRICT lo) {
   const D d;
   const std::size_t lanes = hn::Lanes(d);
-  const auto last = static_cast<std::size_t>(points.count);
   HWY_ALIGN_MAX double out_hi[kVectors * hn::MaxLanes(D())];
   HWY_ALIGN_MAX double out_lo[kVectors * hn::MaxLanes(D())];
-  for (std::size_t i = 0; i < last; i += kVectors * lanes) {
+  for (detail::PlaceBlocks block(points, kVectors * lanes); !block.Ended(); block.Next()) {
     V x_hi[kVectors], x_lo[kVectors];
     Terms terms[kVectors];
     for (std::size_t v = 0; v < kVectors; ++v) {
-      const std::size_t at = std::min(i + v * lanes, last);
-      const auto mask = hn::FirstN(d, last - at);
-      x_hi[v] = hn::MaskedLoad(mask, d, points.hi + at);
-      x_lo[v] = hn::MaskedLoad(mask, d, points.lo + at);
+      x_hi[v] = hn::LoadU(d, block.Hi() + v * lanes);
+      x_lo[v] = hn::LoadU(d, block.Lo() + v * lanes);
       terms[v] = {hn::Zero(d), hn::Zero(d), hn::Zero(d), hn::Zero(d)};
     }
     for (std::size_t k = count; k-- > 1;) {
@@ -103,9 +102,8 @@ void Evaluate(const double* HWY_RESTRICT alpha_hi, const double* HWY_RESTRICT al
       hn::Store(terms[v].b1, d, out_hi + v * lanes);
       hn::Store(terms[v].e1, d, out_lo + v * lanes);
     }
-    const std::size_t size = std::min(kVectors * lanes, last - i);
-    std::copy_n(out_hi, size, hi + i);
-    std::copy_n(out_lo, size, lo + i);
+    std::copy_n(out_hi, block.Count(), hi + block.At());
+    std::copy_n(out_lo, block.Count(), lo + block.At());
   }
 }
 

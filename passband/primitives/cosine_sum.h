@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "passband/primitives/barycentric.h"
+#include "passband/primitives/places.h"
 #include "passband/primitives/status.h"
 
 namespace passband::primitives {

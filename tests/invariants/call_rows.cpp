@@ -10,6 +10,7 @@ namespace {
 
 using namespace SignalUtils;
 using enum TMtxFloatPrecision;
+using enum OptimalFir::TRemezType;
 
 TVec Taps() { return Noise(21, DoubleReal, 1); }
 TVec SingleTaps() { return Noise(21, SingleReal, 1); }
@@ -43,6 +44,28 @@ const std::vector<CallRow>& CallRows() {
       {"KaiserImpulse", Taps,
        [](TVec& h) {
          KaiserImpulse(h, {0.2, 0.23}, 0.001, ftLowpass);
+       }},
+      {"remez", Taps,
+       [](TVec& h) {
+         double deviation = 0;
+         OptimalFir::remez(h, {0, 0.2, 0.3, 1}, {1, 0}, {1, 10}, rmtBandPass, deviation);
+       }},
+      {"remez single, error far below the noise of doubles", [] { return Noise(61, SingleReal, 1); },
+       [](TVec& h) {
+         double deviation = 0;
+         OptimalFir::remez(h, {0.2, 0.8}, {1}, {1}, rmtHilbert, deviation);
+       }},
+      {"RemezImpulse", Taps,
+       [](TVec& h) {
+         OptimalFir::RemezImpulse(h, {0.1, 0.9}, ftDifferentiatorIII);
+       }},
+      {"RemezImpulse by ripple", SingleTaps,
+       [](TVec& h) {
+         OptimalFir::RemezImpulse(h, {0.2, 0.25}, 0.01, ftLowpass);
+       }},
+      {"RemezLength", SingleTaps,
+       [](TVec& weights) {
+         OptimalFir::RemezLength({0, 0.2, 0.3, 1}, {1, 0}, {0.01, 0.001}, weights);
        }},
       {"FirFilter whole", Signal, [](TVec& x) { FirFilter(x, Noise(31, DoubleComplex, 5)); }},
       {"FirFilter whole to twice the rate", Signal, [](TVec& x) { FirFilter(x, Noise(31, DoubleReal, 5), 2, 1); }},
@@ -96,6 +119,25 @@ const std::vector<CallRow>& RefusedRows() {
       {"KaiserImpulse lowpass of four edges", Taps,
        [](TVec& h) {
          KaiserImpulse(h, {0.1, 0.2, 0.3, 0.4}, 0.01, ftLowpass);
+       }},
+      {"remez bands", Taps,
+       [](TVec& h) {
+         double deviation = 0;
+         OptimalFir::remez(h, {0, 0.3, 0.2, 1}, {1, 0}, {1, 10}, rmtBandPass, deviation);
+       }},
+      {"remez grid", SingleTaps,
+       [](TVec& h) {
+         double deviation = 0;
+         OptimalFir::remez(h, {0, 0.2, 0.2, 0.201}, {1, 0}, {1, 10}, rmtBandPass, deviation);
+       }},
+      {"RemezImpulse edges", Taps, [](TVec& h) { OptimalFir::RemezImpulse(h, {0.1}, ftLowpass); }},
+      {"RemezImpulse by ripple, overlapping edges", SingleTaps,
+       [](TVec& h) {
+         OptimalFir::RemezImpulse(h, {0.3, 0.25}, 0.01, ftLowpass);
+       }},
+      {"RemezLength deviations", SingleTaps,
+       [](TVec& weights) {
+         OptimalFir::RemezLength({0, 0.2, 0.3, 1}, {1, 0}, {0.01, 0}, weights);
        }},
       {"FirFilter whole, no taps", Signal, [](TVec& x) { FirFilter(x, TVec{}); }},
       {"FirFilter whole, other precision", Signal, [](TVec& x) { FirFilter(x, SingleTaps()); }},

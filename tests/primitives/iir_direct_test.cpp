@@ -202,7 +202,9 @@ TYPED_TEST(IirDirectTest, WholeNumbersAreFilteredExactly) {
   using T = TypeParam;
   using R = RealOf<T>;
   const auto x = Integers<T>(700, 2);
-  for (const auto& [forward, feedback] : kOrders) {
+  for (const auto& orders : kOrders) {
+    const std::size_t forward = orders.first;  // names that lambdas may capture
+    const std::size_t feedback = orders.second;
     SCOPED_TRACE(std::to_string(forward) + ", " + std::to_string(feedback));
     const auto b = Integers<R>(forward + 1, 1, 3);
     std::vector<R> a(feedback + 1);
@@ -223,7 +225,9 @@ TYPED_TEST(IirDirectTest, AgreesWithTheDefinition) {
   using T = TypeParam;
   using R = RealOf<T>;
   const auto x = Noise<T>(900, 3);
-  for (const auto& [forward, feedback] : kOrders) {
+  for (const auto& orders : kOrders) {
+    const std::size_t forward = orders.first;  // names that lambdas may capture
+    const std::size_t feedback = orders.second;
     SCOPED_TRACE(std::to_string(forward) + ", " + std::to_string(feedback));
     const auto taps = StableTaps<R>(forward, feedback, 5);
     const auto expected = Define(taps.first, taps.second, x);
@@ -247,7 +251,9 @@ TYPED_TEST(IirDirectTest, EveryCutGivesTheSameBits) {
   using T = TypeParam;
   using R = RealOf<T>;
   const auto x = Noise<T>(1500, 4);
-  for (const auto& [forward, feedback] : kOrders) {
+  for (const auto& orders : kOrders) {
+    const std::size_t forward = orders.first;  // names that lambdas may capture
+    const std::size_t feedback = orders.second;
     SCOPED_TRACE(std::to_string(forward) + ", " + std::to_string(feedback));
     const auto taps = StableTaps<R>(forward, feedback, 5);
     std::vector<T> fused;  // of the first instruction set with a fused multiply-add
@@ -333,13 +339,15 @@ TYPED_TEST(IirDirectTest, NanAndInfinityReachNoEarlierOutput) {
   using T = TypeParam;
   using R = RealOf<T>;
   const auto x = Noise<T>(400, 8);
-  for (const auto& [forward, feedback] : kOrders) {
+  for (const auto& orders : kOrders) {
+    const std::size_t forward = orders.first;  // names that lambdas may capture
+    const std::size_t feedback = orders.second;
     SCOPED_TRACE(std::to_string(forward) + ", " + std::to_string(feedback));
     const auto taps = StableTaps<R>(forward, feedback, 9);
     ForEveryTarget([&](std::int64_t) {
       Filter<T> clean_filter(taps.first, taps.second);
       const auto clean = clean_filter(x);
-      for (const std::size_t place : {0, 1, 7, 8, 130, 131, 255, 256, 300}) {
+      for (const std::size_t place : {0U, 1U, 7U, 8U, 130U, 131U, 255U, 256U, 300U}) {
         for (const R bad : {std::numeric_limits<R>::quiet_NaN(), -std::numeric_limits<R>::infinity()}) {
           auto dirty = x;
           dirty[place] = Make<T>(static_cast<double>(bad), 0);
@@ -371,7 +379,9 @@ TYPED_TEST(IirDirectTest, SilenceFollowsTheSignal) {
       {{R{1}}, {R{1}, 0, 0, static_cast<R>(0.97)}},
       {{R{1}}, {R{1}, 0, 0, 0, 0, 0, 0, 0, 0, static_cast<R>(0.97)}},
       {{R{1}}, {R{1}, static_cast<R>(0.01), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, static_cast<R>(0.9)}}};
-  for (const auto& [b, a] : filters) {
+  for (const auto& taps : filters) {
+    const std::vector<R>& b = taps.first;
+    const std::vector<R>& a = taps.second;
     ForEveryTarget([&](std::int64_t) {
       const int rounding = std::fegetround();
       Filter<T> filter(b, a);

@@ -150,7 +150,9 @@ TEST(CircularBufferState, RefusalsChangeNothing) {
 
 TEST(CircularBufferState, AgreesWithAQueueAsLongAsNothingIsLost) {
   std::mt19937 generator(5);
-  const auto upTo = [&](std::int32_t n) { return static_cast<std::int32_t>(generator() % (n + 1U)); };
+  const auto upTo = [&](std::int32_t n) {
+    return static_cast<std::int32_t>(generator() % (static_cast<std::uint32_t>(n) + 1U));
+  };
   for (const bool grows : {false, true}) {
     TVec buffer = Count(0, 50);
     TCircularBufferState state;
