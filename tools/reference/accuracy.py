@@ -53,6 +53,9 @@ one.
 
 {sections}
 
+Elliptic filters of high order pass from one band to the other so steeply that rounding the exact coefficients to doubles alone moves
+the response at the cut-off: by 3e-13 at order 20 of the lowpass, 3e-10 at 30, 6e-6 at 50. No section filter in double precision does better.
+
 ## Sections or a transfer function
 
 A Butterworth bandpass of order {fragile_order} from 1 to 2 Hz at 200 Hz, as both forms print it in double precision. The gain in the middle of the
