@@ -1,9 +1,10 @@
+#include "passband/fir_design/equiripple_approximation_internal.h"
+
 #include <algorithm>
 #include <cmath>
 #include <new>
 #include <utility>
 
-#include "passband/fir_design/equiripple_approximation_internal.h"
 #include "passband/primitives/cosine_sum.h"
 #include "passband/vector_core/vec.h"
 
@@ -76,7 +77,9 @@ PointSet Target::Rests(std::vector<std::int64_t> positions, Wide level) const {
 double LargestDesired(const PointSet& points) {
   double largest = 0;
   for (std::size_t i = 0; i < points.Size(); ++i) {
-    largest = std::max(largest, points.weight[i] * std::abs(points.desired[i]));
+    const double desired = points.weight[i] * std::abs(points.desired[i]);
+    if (std::isnan(desired)) return desired;
+    largest = std::max(largest, desired);
   }
   return largest;
 }

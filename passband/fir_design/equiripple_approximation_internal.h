@@ -34,8 +34,8 @@ class CosineSum {
   std::vector<double> lo_;
 };
 
-/// What is approximated: the desired values of a grid, less a sum of cosines that approximates them already. What is left
-/// is as small as the error that is sought and keeps its digits in double.
+/// What is approximated: the desired values of a grid, less a sum of cosines that approximates them already. What is
+/// left is as small as the error that is sought and keeps its digits in double.
 struct Target {
   std::shared_ptr<const FrequencyGrid> grid;
   double scale = 0;  ///< the largest weighted desired value
@@ -47,14 +47,14 @@ struct Target {
 
   /// The points at ascending positions.
   PointSet Points(std::vector<std::int64_t> positions) const;
-  /// The points with what a levelled error leaves, as desired values: `level` weighted at the first point, alternating in
-  /// sign.
+  /// The points with what a levelled error leaves, as desired values: `level` weighted at the first point, alternating
+  /// in sign.
   PointSet Rests(std::vector<std::int64_t> positions, Wide level) const;
   /// The size of rounding errors in weighted rests.
   double Floor() const { return base.Size() == 0 ? 0 : 0x1p-62 * scale; }
 };
 
-/// The largest weighted desired value.
+/// The largest weighted desired value; NaN if there is one.
 double LargestDesired(const PointSet& points);
 
 /// The polynomial in x of degree Size() - 2 whose weighted error at the nodes is +-deviation, alternating.
@@ -71,8 +71,8 @@ class LevelledInterpolant {
   double Noise() const { return 0x1p-50 * largest_; }
   /// weight (desired - P) at the points.
   void Errors(const PointSet& points, std::span<double> errors) const;
-  /// Coefficients of the cosines 0 .. count - 1, from equally spaced values. Between bands a polynomial that is small in
-  /// them may be as large as the reciprocal of the deviation, with rounding errors in proportion, and they reach the
+  /// Coefficients of the cosines 0 .. count - 1, from equally spaced values. Between bands a polynomial that is small
+  /// in them may be as large as the reciprocal of the deviation, with rounding errors in proportion, and they reach the
   /// coefficients: this leaves an error in the bands that a second interpolation takes away as long as it is below the
   /// polynomial itself.
   std::vector<Wide> Coefficients(std::size_t count) const;

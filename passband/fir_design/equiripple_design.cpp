@@ -29,7 +29,8 @@ constexpr double kDeepest = 3e-17;     // below: there is no point in looking fo
 // What stored taps can express.
 constexpr double kTapNoise = 0x1p-54;  // error of the amplitude from rounding, of the root of the taps' sum of squares
 constexpr double kTapShare = 0.03;     // what it may add to the levelled error
-constexpr double kTapShown = 1e-4;     // from where the error is no longer that of the optimum
+constexpr double kTapFree = 1e-4;      // what it adds to the error of an optimum
+constexpr double kTapShown = 0.01;     // from where the error is measured with the stored taps
 constexpr double kModest = 100;        // root of the sum of squares, of the desired amplitude, that is no growth
 
 // Ways of growing.
@@ -215,10 +216,10 @@ class Design {
     if (stage.size == 0) return {CosineSum(1), std::max(grid_->Scale(), grid_->FixedError()), kMaxIterations};
     Approximation result{stage.target.base, stage.result.deviation, kMaxIterations};
     const bool rounding = stage.exact || result.deviation <= kRounding * stage.target.scale;
-    const bool spoilt = TapError(stage, stage.target.base) > kTapShown * result.deviation;
-    const bool whole = stage.size == count_ && !(spoilt && Overgrown(stage, stage.target.base));
+    const double share = TapError(stage, stage.target.base) / result.deviation;
+    const bool whole = stage.size == count_ && !(share > kTapFree && Overgrown(stage, stage.target.base));
     if ((rounding || whole) && count_ == all_) result.iterations = std::max(1, stage.result.iterations);
-    if (rounding || spoilt || !whole) {
+    if (rounding || !whole || share > kTapShown) {
       result.deviation = std::max(stage.size == count_ && !rounding ? result.deviation : 0, RoundedError(stage));
     }
     result.deviation = std::max(result.deviation, grid_->FixedError());

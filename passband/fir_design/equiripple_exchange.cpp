@@ -51,8 +51,8 @@ double Largest(const std::vector<double>& errors) {
   return largest;
 }
 
-// Where the levelled error is 0, it has no signs that could alternate: the point of the largest error takes the place of
-// the node next to it.
+// Where the levelled error is 0, it has no signs that could alternate: the point of the largest error takes the place
+// of the node next to it.
 void ReplaceOne(const Positions& points, const std::vector<double>& errors, Positions& nodes) {
   const auto smaller = [](double a, double b) { return std::abs(a) < std::abs(b); };
   const auto largest = std::max_element(errors.begin(), errors.end(), smaller);

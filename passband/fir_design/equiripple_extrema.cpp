@@ -12,8 +12,8 @@ using Segment = FrequencyGrid::Segment;
 constexpr std::int64_t kInner = 3;  // points looked at between two nodes
 constexpr double kDoubling = 2;     // growth of the frequency within which weighted errors may change
 
-// Points between the places a < b of one segment, closer and closer to a, as long as the frequency grows by a large factor
-// from one to the next: errors that are weighted by a power of the frequency change within it.
+// Points between the places a < b of one segment, closer and closer to a, as long as the frequency grows by a large
+// factor from one to the next: errors that are weighted by a power of the frequency change within it.
 void AddNearZero(const FrequencyGrid& grid, std::int64_t a, std::int64_t b, Positions& points) {
   const double low = kDoubling * grid.Frequency(a);
   const std::size_t before = points.size();

@@ -12,8 +12,8 @@ namespace passband::OptimalFir::detail {
 /// What an iteration looks at: three points between two nodes, or the neighbours of the nodes and the middle.
 enum class Look { Between, Beside };
 
-/// The positions to look at, ascending: the nodes, the ends of segments, points between them. Stretches without a node are
-/// cut so that they are not longer than the distance of nodes on average.
+/// The positions to look at, ascending: the nodes, the ends of segments, points between them. Stretches without a node
+/// are cut so that they are not longer than the distance of nodes on average.
 std::vector<std::int64_t> Candidates(const FrequencyGrid& grid, const std::vector<std::int64_t>& nodes, Look look);
 
 struct Extremum {
@@ -21,13 +21,13 @@ struct Extremum {
   double error;
 };
 
-/// The largest error of each run of one sign that has a node in it, or an error of at least `large`. What is left out would
-/// otherwise take the places of nodes elsewhere, all at once where there are many bands.
+/// The largest error of each run of one sign that has a node in it, or an error of at least `large`. What is left out
+/// would otherwise take the places of nodes elsewhere, all at once where there are many bands.
 std::vector<Extremum> AlternatingExtrema(const std::vector<std::int64_t>& points, const std::vector<double>& errors,
                                          const std::vector<std::int64_t>& nodes, double large);
 
-/// Leaves `count` of them, still alternating, and the largest among them: an end goes alone, an inner one with its smaller
-/// neighbour.
+/// Leaves `count` of them, still alternating, and the largest among them: an end goes alone, an inner one with its
+/// smaller neighbour.
 void Thin(std::vector<Extremum>& extrema, std::size_t count);
 
 /// The grid points next to the vertices of the errors around the extrema.

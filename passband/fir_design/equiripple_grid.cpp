@@ -114,8 +114,8 @@ FrequencyGrid::FrequencyGrid(const BandPlan& bands, std::int32_t length)
   }
 }
 
-// Takes the edge that a band shares with the one before out of both, and makes a point of its own of it. Where the gain has
-// a step there, the best value is between the gains; a large weight holds it.
+// Takes the edge that a band shares with the one before out of both, and makes a point of its own of it. Where the gain
+// has a step there, the best value is between the gains; a large weight holds it.
 void FrequencyGrid::Join(Segment& band) {
   Segment& before = segments_.back();
   const double sum = before.weight + band.weight;

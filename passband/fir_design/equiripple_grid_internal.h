@@ -58,9 +58,10 @@ struct PointSet {
   primitives::Places Places() const { return {hi.data(), lo.data(), static_cast<std::int32_t>(hi.size())}; }
 };
 
-/// The amplitude of a filter is c(f) P(f), P(f) = sum of alpha[k] cos(2 pi k f) and c a factor that its symmetry fixes: 1,
-/// cos(pi f), sin(2 pi f) or sin(pi f). Dividing the desired amplitude by c and multiplying the weight by it turns every
-/// design into an approximation by cosines. Points are computed when they are asked for: no storage grows with the grid.
+/// The amplitude of a filter is c(f) P(f), P(f) = sum of alpha[k] cos(2 pi k f) and c a factor that its symmetry fixes:
+/// 1, cos(pi f), sin(2 pi f) or sin(pi f). Dividing the desired amplitude by c and multiplying the weight by it turns
+/// every design into an approximation by cosines. Points are computed when they are asked for: no storage grows with
+/// the grid.
 ///
 /// Gains and weights are scaled by powers of two, and desired amplitudes are powers of f: `Units` has what they lack.
 class FrequencyGrid {

@@ -21,15 +21,15 @@ namespace passband::OptimalFir {
 /// relative. Four edges give the bands 0 .. W0, W1 .. W2, W3 .. FS/2: ftBandpass passes the middle one, ftBandstop the
 /// outer ones, any other type none of them.
 ///
-/// \param H           in: the length, 3 .. 10000, odd for the types III and even for the types IV, and `IsDouble`; out: the
-///                    taps, real
+/// \param H           in: the length, 3 .. 10000, odd for the types III and even for the types IV, and `IsDouble`; out:
+///                    the taps, real
 /// \param W           2 or 4 edges in ascending order, in the unit of `FS`
 /// \param FilterType  see the table
 /// \param Gain        gain of the pass band; slope of a differentiator per unit of angular frequency, and so on
 /// \param FS          sampling frequency
 /// \returns true when `remez` took fewer than 50 iterations: `H` is the optimum
-/// \throws ECoreError "(LengthW <> 4) and (LengthW <> 2)", also for a bandpass or bandstop of 2 edges; what `remez` raises.
-///         `H` is then as it was.
+/// \throws ECoreError "(LengthW <> 4) and (LengthW <> 2)", also for a bandpass or bandstop of 2 edges; what `remez`
+///         raises. `H` is then as it was.
 PASSBAND_EXPORT bool RemezImpulse(TVec& H, OpenArray W, SignalUtils::TFilterType FilterType, double Gain = 1,
                                   double FS = 2);
 

@@ -1,16 +1,16 @@
+#include "passband/fir_design/equiripple_places_internal.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
-
-#include "passband/fir_design/equiripple_places_internal.h"
 
 namespace passband::OptimalFir::detail {
 namespace {
 
 constexpr Wide kPi = std::numbers::pi_v<Wide>;
 
-// Horner's scheme for 1 - y / c[0] (1 - y / c[1] (..)), the series of a sine or cosine; c[k] are products of two factors of
-// the factorials.
+// Horner's scheme for 1 - y / c[0] (1 - y / c[1] (..)), the series of a sine or cosine; c[k] are products of two
+// factors of the factorials.
 template <std::size_t kCount>
 double Series(double y, const double (&c)[kCount]) {
   double sum = 1;
@@ -39,9 +39,6 @@ PlaceSet::PlaceSet(std::span<const double> frequencies)
   double* const to_lo = lo.data();
   double* const to_sine = sine.data();
   double* const to_cosine = cosine.data();
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC ivdep
-#endif
   for (std::size_t i = 0; i < frequencies.size(); ++i) {
     const double from_end = 0.5 - f[i];
     const double sign = std::copysign(1.0, from_end - f[i]);

@@ -21,8 +21,8 @@ struct Place {
 /// The place of 0 <= f <= 0.5; 1 - |x| is right to the last digits of extended precision.
 Place PlaceOf(Wide f);
 
-/// Places of many frequencies, with sin(pi f) and cos(pi f), each right to its own last digits: 1 - |x| is right to some
-/// 1e-16 of itself.
+/// Places of many frequencies, with sin(pi f) and cos(pi f), each right to its own last digits: 1 - |x| is right to
+/// some 1e-16 of itself.
 struct PlaceSet {
   std::vector<double> hi;
   std::vector<double> lo;

@@ -15,7 +15,7 @@ using Positions = std::vector<std::int64_t>;
 
 constexpr double kFine = 1e-8;      // what rounding may add to the levelled error
 constexpr double kFaithful = 1e-3;  // and what it may where that cannot be had
-constexpr double kDeep = 1e-12;  // levelled error, of the desired values, from which double coefficients are hopeless
+constexpr double kDeep = 1e-12;     // levelled error, of the desired values, where coefficients in double are hopeless
 constexpr double kContraction = 0.1;  // what a pass in double has to gain
 constexpr double kNone = 0x1p-59;     // error, of the desired values, that counts as none
 constexpr std::size_t kProbes = 12;   // nodes at which good coefficients are proved
@@ -57,8 +57,8 @@ class Interpolation {
   std::optional<WideInterpolator> wide_;
 };
 
-// Adds the interpolant of the nodes to the base, then that of what rounding has left at them. Returns the largest weighted
-// rest.
+// Adds the interpolant of the nodes to the base, then that of what rounding has left at them. Returns the largest
+// weighted rest.
 double Interpolate(Stage& stage) {
   Interpolation interpolation(stage);
   if (stage.result.deviation < kDeep * stage.target.scale) interpolation.Widen();
@@ -69,7 +69,7 @@ double Interpolate(Stage& stage) {
   for (int pass = 0; pass < kPasses && left > enough; ++pass) {
     const PointSet rests = stage.target.Rests(stage.result.nodes, level);
     left = LargestDesired(rests);
-    if (left <= enough) break;
+    if (!(left > enough)) break;
     if (left > kContraction * before) {
       if (interpolation.IsWide()) break;
       interpolation.Widen();
@@ -103,13 +103,7 @@ bool IsExact(Stage& stage) {
 
 double LargestError(const Target& target, std::size_t size) {
   const auto all = static_cast<std::size_t>(target.grid->Size());
-  const PointSet points = target.Rests(EvenNodes(*target.grid, std::min(all, 32 * size + 32)), 0);
-  double largest = 0;
-  for (std::size_t i = 0; i < points.Size(); ++i) {
-    const double error = points.weight[i] * std::abs(points.desired[i]);
-    if (!(error <= largest)) largest = error;
-  }
-  return largest;
+  return LargestDesired(target.Rests(EvenNodes(*target.grid, std::min(all, 32 * size + 32)), 0));
 }
 
 }  // namespace passband::OptimalFir::detail

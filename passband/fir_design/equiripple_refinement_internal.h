@@ -15,9 +15,9 @@ struct Stage {
   bool exact = false;     ///< and leaves no error at all
 };
 
-/// Makes the base of the target the approximation itself, to the last digits that matter: adds the interpolant of the nodes
-/// and what rounding has left of it, and repeats the exchange where its noise is above what the base now shows. False
-/// when the error cannot be brought down to the levelled one.
+/// Makes the base of the target the approximation itself, to the last digits that matter: adds the interpolant of the
+/// nodes and what rounding has left of it, and repeats the exchange where its noise is above what the base now shows.
+/// False when the error cannot be brought down to the levelled one.
 bool Refine(Stage& stage);
 
 /// Adds the interpolant of the nodes to the base. True when this leaves no error on the grid.

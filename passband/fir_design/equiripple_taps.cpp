@@ -9,8 +9,8 @@ Twin Coefficient(const CosineSum& sum, std::size_t k) { return k == 0 ? Scaled(s
 
 }  // namespace
 
-// The product of c and a cosine is a sum of two cosines or sines, half of each. With a[k] the coefficients, a[0] doubled,
-// and m = 0, 1, .. the distance from the middle, the taps left of it are
+// The product of c and a cosine is a sum of two cosines or sines, half of each. With a[k] the coefficients, a[0]
+// doubled, and m = 0, 1, .. the distance from the middle, the taps left of it are
 //
 //     odd, symmetric        a[m] / 2                    c = 1
 //     even, symmetric       (a[m] + a[m + 1]) / 4       c = cos(pi f)

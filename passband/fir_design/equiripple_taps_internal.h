@@ -9,8 +9,8 @@
 
 namespace passband::OptimalFir::detail {
 
-/// The impulse response of `length` taps, symmetric or antisymmetric, whose amplitude is c(f) times the sum, c the factor
-/// of its kind.
+/// The impulse response of `length` taps, symmetric or antisymmetric, whose amplitude is c(f) times the sum, c the
+/// factor of its kind.
 std::vector<Wide> TapsOf(const CosineSum& sum, std::int32_t length, bool antisymmetric);
 
 /// The sum that belongs to such taps: the inverse.

@@ -70,8 +70,8 @@ WideInterpolator::Result WideInterpolator::Interpolate(const PointSet& nodes) co
   return {CosineTransform(std::move(values)), deviation};
 }
 
-// The first form of the barycentric formula: unlike the quotient of the second it keeps its digits where the polynomial is
-// much larger than at the nodes.
+// The first form of the barycentric formula: unlike the quotient of the second it keeps its digits where the polynomial
+// is much larger than at the nodes.
 Wide WideInterpolator::ValueAt(const PointSet& nodes, const std::vector<Wide>& ordinates, std::size_t j) const {
   Wide sum = 0;
   for (std::size_t k = 0; k < nodes.Size(); ++k) {

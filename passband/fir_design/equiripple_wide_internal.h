@@ -14,8 +14,8 @@ struct ScaledProduct {
   int exponent = 0;
 };
 
-/// Interpolates at one set of nodes as `LevelledInterpolant` does. Cost: some ten nanoseconds for each pair of a node and a
-/// cosine to begin with, the same for each interpolation.
+/// Interpolates at one set of nodes as `LevelledInterpolant` does. Cost: some ten nanoseconds for each pair of a node
+/// and a cosine to begin with, the same for each interpolation.
 class WideInterpolator {
  public:
   /// `count` cosines; the nodes are at the places of these points.

@@ -53,7 +53,8 @@ HWY_INLINE Exact Product(V a, V b) {
 }
 #endif
 
-// The last two terms of the recurrence b[k] = alpha[k] + factor b[k + 1] - b[k + 2] at a vector of points, and their errors.
+// The last two terms of the recurrence b[k] = alpha[k] + factor b[k + 1] - b[k + 2] at a vector of points, and their
+// errors.
 struct Terms {
   V b1;
   V b2;

@@ -5,8 +5,8 @@
 
 namespace passband::primitives {
 
-/// Unevaluated sums hi[k] + lo[k], |lo[k]| at most half a unit in the last place of hi[k]: differences of close places keep
-/// all their digits.
+/// Unevaluated sums hi[k] + lo[k], |lo[k]| at most half a unit in the last place of hi[k]: differences of close places
+/// keep all their digits.
 struct Places {
   const double* hi;
   const double* lo;

@@ -1,5 +1,7 @@
 #include "passband/fir_design/equiripple.h"
 
+#include <hwy/targets.h>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -225,6 +227,22 @@ TEST(Remez, ReachesTheRoundingOfTapsWhereTheOptimumLiesBelow) {
     const double largest = Largest(WeightedErrors(task, out.taps, 3));
     EXPECT_LE(largest, 2.5e-15);
     EXPECT_NEAR(out.deviation, largest, 1e-15);
+  }
+}
+
+TEST(Remez, EveryInstructionSetFindsTheSameFilter) {
+  const Task tasks[] = {{rmtBandPass, 151, {0, 0.2, 0.285, 0.5}, {1, 0}, {1, 1}},
+                        {rmtIntegrator, 64, {0.02, 0.5}, {1}, {1}}};
+  for (const Task& task : tasks) {
+    const Outcome best = Solve(task);
+    for (const auto target : hwy::SupportedAndGeneratedTargets()) {
+      hwy::SetSupportedTargetsForTest(target);
+      SCOPED_TRACE(hwy::TargetName(target));
+      const Outcome out = Solve(task);
+      EXPECT_NEAR(out.deviation / best.deviation, 1, 1e-9);
+      for (std::int32_t n = 0; n < task.taps; ++n) EXPECT_NEAR(out.taps[n], best.taps[n], 1e-9) << n;
+    }
+    hwy::SetSupportedTargetsForTest(0);
   }
 }
 
