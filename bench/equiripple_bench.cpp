@@ -1,5 +1,4 @@
-// Equiripple lowpass filters; nanoseconds a design. SciPy's rows are joined by run.sh; liquid-dsp's designs of more than
-// some hundred taps are not what was asked for.
+// Equiripple lowpass filters; nanoseconds a design. SciPy's rows are joined by run.sh.
 #include <cstdint>
 #include <string>
 
@@ -12,7 +11,7 @@ namespace {
 using OptimalFir::TRemezType;
 
 void MeasureDesign(const Rows& rows, std::int32_t taps, double goal) {
-  const double stop = 0.2 + 4.0 / taps;  // of the sampling rate: about 80 dB at every length
+  const double stop = 0.2 + 4.0 / taps;  // of the sampling rate
   TVec h;
   h.Size(taps, TMtxFloatPrecision::DoubleReal);
   double deviation = 0;

@@ -19,75 +19,29 @@ using namespace passband::SignalUtils;
 
 constexpr std::int32_t kMostSamples = 10'000'000;  // of a median or a mean
 
-class MedianStage final : public FilterStage {
+// A stage for each kind of state: `Init` starts one, `Filter` takes a block from the first vector to the second.
+template <class State, class Filter>
+class StreamStage final : public FilterStage {
  public:
-  MedianStage(std::int32_t mask, std::size_t channels, bool is_double) : states_(channels) {
-    const auto precision = is_double ? TMtxFloatPrecision::DoubleReal : TMtxFloatPrecision::SingleReal;
-    for (TMedianState& state : states_) MedianInit(mask, state, precision);
+  template <class Init>
+  StreamStage(std::size_t channels, Init init, Filter filter) : states_(channels), filter_(filter) {
+    for (State& state : states_) init(state);
   }
   void Run(std::size_t channel, TVec& data) override {
-    MedianFilter(data, result_, states_[channel]);
+    filter_(data, result_, states_[channel]);
     data.Copy(result_);
   }
 
  private:
-  std::vector<TMedianState> states_;
+  std::vector<State> states_;
+  Filter filter_;
   TVec result_;
 };
 
-class FirStage final : public FilterStage {
- public:
-  FirStage(const TVec& taps, std::size_t channels) : states_(channels) {
-    for (TFirState& state : states_) FirInit(taps, state);
-  }
-  void Run(std::size_t channel, TVec& data) override {
-    FirFilter(data, result_, states_[channel]);
-    data.Copy(result_);
-  }
-
- private:
-  std::vector<TFirState> states_;
-  TVec result_;
-};
-
-class SectionStage final : public FilterStage {
- public:
-  SectionStage(const TVec& section, std::size_t channels) : states_(channels) {
-    for (TIirState& state : states_) IirInitBQ(section, state);
-  }
-  void Run(std::size_t channel, TVec& data) override { IirFilter(data, states_[channel]); }
-
- private:
-  std::vector<TIirState> states_;
-};
-
-class DerivativeStage final : public FilterStage {
- public:
-  DerivativeStage(double step_s, std::size_t channels) : step_s_(step_s), states_(channels) {}
-  void Run(std::size_t channel, TVec& data) override {
-    Differentiate(data, result_, states_[channel], step_s_);
-    data.Copy(result_);
-  }
-
- private:
-  double step_s_;
-  std::vector<TDiffState> states_;
-  TVec result_;
-};
-
-class IntegralStage final : public FilterStage {
- public:
-  IntegralStage(double step_s, std::size_t channels) : step_s_(step_s), states_(channels) {}
-  void Run(std::size_t channel, TVec& data) override {
-    Integrate(data, result_, states_[channel], step_s_);
-    data.Copy(result_);
-  }
-
- private:
-  double step_s_;
-  std::vector<TIntegrateState> states_;
-  TVec result_;
-};
+template <class State, class Init, class Filter>
+std::unique_ptr<FilterStage> MakeStream(std::size_t channels, Init init, Filter filter) {
+  return std::make_unique<StreamStage<State, Filter>>(channels, init, filter);
+}
 
 double NumberOf(const StageOption& option, std::string_view text) {
   double value = 0;
@@ -198,13 +152,33 @@ std::vector<StageOption> StagesGiven(const CLI::App& command) {
 
 std::unique_ptr<FilterStage> MakeStage(const StageOption& option, int channels, double rate_hz, bool is_double) {
   const auto count = static_cast<std::size_t>(channels);
-  if (option.name == "median") return std::make_unique<MedianStage>(SamplesOf(option), count, is_double);
-  if (option.name == "average") return std::make_unique<FirStage>(MeanTaps(option, is_double), count);
+  if (option.name == "median") {
+    const auto precision = is_double ? TMtxFloatPrecision::DoubleReal : TMtxFloatPrecision::SingleReal;
+    return MakeStream<TMedianState>(
+        count, [&, mask = SamplesOf(option)](TMedianState& state) { MedianInit(mask, state, precision); },
+        [](const TVec& x, TVec& y, TMedianState& state) { MedianFilter(x, y, state); });
+  }
+  if (option.name == "average") {
+    const TVec taps = MeanTaps(option, is_double);
+    return MakeStream<TFirState>(
+        count, [&taps](TFirState& state) { FirInit(taps, state); },
+        [](const TVec& x, TVec& y, TFirState& state) { FirFilter(x, y, state); });
+  }
   const double rate = RateFor(option, rate_hz);
-  if (option.name == "notch") return std::make_unique<SectionStage>(NotchSection(option, rate, is_double), count);
-  if (option.name == "dc") return std::make_unique<SectionStage>(DcSection(option, rate, is_double), count);
-  if (option.name == "differentiate") return std::make_unique<DerivativeStage>(1 / rate, count);
-  return std::make_unique<IntegralStage>(1 / rate, count);
+  if (option.name == "notch" || option.name == "dc") {
+    const TVec section = (option.name == "dc" ? DcSection : NotchSection)(option, rate, is_double);
+    return MakeStream<TIirState>(
+        count, [&section](TIirState& state) { IirInitBQ(section, state); },
+        [](const TVec& x, TVec& y, TIirState& state) { IirFilter(x, y, state); });
+  }
+  if (option.name == "differentiate") {
+    return MakeStream<TDiffState>(
+        count, [](TDiffState&) {},
+        [rate](const TVec& x, TVec& y, TDiffState& state) { Differentiate(x, y, state, 1 / rate); });
+  }
+  return MakeStream<TIntegrateState>(
+      count, [](TIntegrateState&) {},
+      [rate](const TVec& x, TVec& y, TIntegrateState& state) { Integrate(x, y, state, 1 / rate); });
 }
 
 }  // namespace passband_cli

@@ -1,6 +1,7 @@
 // What can be said of a recording: levels, peaks, crossings, spectra, cepstrum.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>

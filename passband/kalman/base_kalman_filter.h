@@ -41,8 +41,8 @@ class PASSBAND_EXPORT TBaseKalmanFilter {
 
   /// Off (at first), P becomes (I - K H) P, which is right for the optimal gain only and which rounding makes a little
   /// asymmetric. On, P becomes the Joseph form (I - K H) P (I - K H)^T + K R' K^T with the noise covariance R' that the
-  /// gain was computed with, then its symmetric part: it stays non-negative whatever the rounding, for about twice the
-  /// time of a correction. Complex data keep the plain form.
+  /// gain was computed with, then its symmetric part: it stays non-negative whatever the rounding, for two
+  /// more products of n x n matrices. Complex data keep the plain form.
   /// Literature: Bucy, Joseph, "Filtering for Stochastic Processes with Applications to Guidance", 1968.
   void SetJosephForm(bool On) { joseph_form_ = On; }
   bool JosephForm() const { return joseph_form_; }

@@ -112,8 +112,9 @@ bool IsSymmetric(const double* s, Index m) {
   constexpr double kTolerance = 0x1p-40;
   for (Index i = 0; i < m; ++i) {
     for (Index j = 0; j < i; ++j) {
-      const double difference = s[i * m + j] - s[j * m + i];
-      if (!(difference * difference <= kTolerance * kTolerance * std::abs(s[i * m + i] * s[j * m + j]))) return false;
+      // Square roots of each, so that no product leaves the range of a double.
+      const double scale = std::sqrt(std::abs(s[i * m + i])) * std::sqrt(std::abs(s[j * m + j]));
+      if (!(std::abs(s[i * m + j] - s[j * m + i]) <= kTolerance * scale)) return false;
     }
   }
   return true;

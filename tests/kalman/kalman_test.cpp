@@ -201,6 +201,14 @@ TEST(Kalman, SingularInnovationCovarianceGivesTheLeastGain) {
   filter.R = TMtx(2, 2, {1, 1, 0, 1});
   filter.MeasurementUpdate();
   EXPECT_LT(LargestDifference(filter.K, TMtx(2, 2, {0.5, -0.25, 0, 0.5})), 1e-15);
+  // The same in units whose squares leave the range of a double.
+  for (const double unit : {0x1p-700, 0x1p700}) {
+    filter.P.Eye(2, 2, filter.P);
+    filter.P.Scale(unit);
+    filter.R = TMtx(2, 2, {unit, unit, 0, unit});
+    filter.MeasurementUpdate();
+    EXPECT_LT(LargestDifference(filter.K, TMtx(2, 2, {0.5, -0.25, 0, 0.5})), 1e-15);
+  }
 }
 
 TEST(Kalman, WhetherVIsOneIsFoundOutWhenASizeChanges) {

@@ -2,7 +2,6 @@
 #include "passband/primitives/barycentric.h"
 
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
 
 #include <algorithm>
 #include <cmath>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "passband/primitives/cosine_sum.h"
+#include "tests/primitives/every_target.h"
 
 namespace passband::primitives {
 namespace {
@@ -19,16 +19,6 @@ using Wide = long double;
 
 constexpr double kGuard = 12345;
 constexpr Wide kPi = std::numbers::pi_v<Wide>;
-
-template <class Body>
-void OnEveryTarget(const Body& body) {
-  for (const auto target : hwy::SupportedAndGeneratedTargets()) {
-    hwy::SetSupportedTargetsForTest(target);
-    SCOPED_TRACE(hwy::TargetName(target));
-    body();
-  }
-  hwy::SetSupportedTargetsForTest(0);
-}
 
 // cos(2 pi f) of frequencies, exactly as long as their own vectors: a read behind the end is seen by a sanitizer.
 struct Line {

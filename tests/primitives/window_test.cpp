@@ -1,6 +1,5 @@
 // Window kernels on every instruction set: all lengths past two unrolled steps, unaligned, with guards on both sides.
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
 
 #include <algorithm>
 #include <cmath>
@@ -11,23 +10,13 @@
 
 #include "passband/primitives/cosine_window.h"
 #include "passband/primitives/window_multiply.h"
+#include "tests/primitives/every_target.h"
 
 namespace passband::primitives {
 namespace {
 
 constexpr std::int32_t kLongest = 150;  // two steps of four vectors of sixteen singles, and a rest
 constexpr double kGuard = 12345;
-
-// Runs the body once for each instruction set of this machine.
-template <class Body>
-void OnEveryTarget(const Body& body) {
-  for (const auto target : hwy::SupportedAndGeneratedTargets()) {
-    hwy::SetSupportedTargetsForTest(target);
-    SCOPED_TRACE(hwy::TargetName(target));
-    body();
-  }
-  hwy::SetSupportedTargetsForTest(0);
-}
 
 template <class T>
 T Sample(double re, double im) {
