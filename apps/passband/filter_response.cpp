@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <numbers>
 
+#include "decibels.h"
+
 namespace passband_cli {
 namespace {
 
@@ -13,7 +15,6 @@ using namespace passband;
 using namespace passband::SignalUtils;
 
 constexpr double kPi = std::numbers::pi;
-constexpr double kLowestDb = -400;  // stands for a response of exactly 0
 
 TVec Doubles(const TVec& values, std::int32_t index, std::int32_t count) {
   TVec result;
@@ -21,8 +22,6 @@ TVec Doubles(const TVec& values, std::int32_t index, std::int32_t count) {
   for (std::int32_t n = 0; n < count; ++n) result.SetDefault(n, values[index + n]);
   return result;
 }
-
-double Decibels(double magnitude) { return std::max(20 * std::log10(magnitude), kLowestDb); }
 
 // The value at 1 / z of a polynomial in 1 / z.
 TCplx ValueAt(const TVec& coefficients, TCplx turn) {

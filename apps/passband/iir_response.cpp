@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "decibels.h"
 #include "plot.h"
 
 namespace passband_cli {
@@ -15,7 +16,6 @@ namespace {
 using Complex = std::complex<double>;
 
 constexpr double kPi = std::numbers::pi;
-constexpr double kLowestDb = -400;  // stands for a response of exactly 0
 constexpr std::size_t kPoints = 1200;
 constexpr std::size_t kMostRefined = 200;  // poles, each of which adds points
 constexpr double kLogSpan = 1000;          // upper to lower end of a logarithmic frequency axis

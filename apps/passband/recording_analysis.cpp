@@ -10,17 +10,15 @@
 
 #include <fmt/format.h>
 
+#include "decibels.h"
 #include "power_spectrum.h"
+#include "zoom_spectrum.h"
 
 namespace passband_cli {
 namespace {
 
 using namespace passband;
 using namespace passband::SignalUtils;
-
-constexpr double kLowestDb = -250;  // stands for silence
-
-double Decibels(double amplitude) { return std::max(20 * std::log10(amplitude), kLowestDb); }
 
 TVec Part(const TVec& x, std::int32_t index, std::int32_t length) {
   TVec part;
@@ -108,23 +106,6 @@ Curve ArSpectrum(const TVec& x, double rate_hz) {
     curve.x.push_back(rate_hz / 2 * static_cast<double>(k) / static_cast<double>(values.size() - 1));
     const double density = 2 * error / (rate_hz * (values[k].Re * values[k].Re + values[k].Im * values[k].Im));
     curve.y.push_back(std::max(FullScaleDecibels(density), kLowestDb));
-  }
-  return curve;
-}
-
-// Levels of sines at `points` frequencies, under a Hanning window.
-Curve Zoom(const TVec& x, double rate_hz, double from_hz, double to_hz, std::int32_t points) {
-  TVec windowed(x);
-  windowed.Offset(-x.Mean());
-  SignalWindow(windowed, TSignalWindowType::wtHanning, 0, TSignalWindowMode::wmPeriodic);
-  const double step = (to_hz - from_hz) / (points - 1);
-  TVec spectrum;
-  Czt(windowed, points, from_hz, from_hz + points * step, spectrum, rate_hz);
-  Curve curve;
-  const double sum = 0.5 * x.Length();  // of the window
-  for (std::int32_t k = 0; k < points; ++k) {
-    curve.x.push_back(from_hz + k * step);
-    curve.y.push_back(Decibels(2 * CAbs(spectrum.CValues()[static_cast<std::size_t>(k)]) / sum));
   }
   return curve;
 }
@@ -253,7 +234,10 @@ RecordingAnalysis AnalyzeRecording(const Stretch& stretch) {
   result.spectrogram = Spectrogram(x, rate);
   if (!result.peaks.empty()) {
     const double centre = result.peaks.front().hz;
-    result.zoom = Zoom(x, rate, centre * (1 - kZoom), std::min(centre * (1 + kZoom), rate / 2), kZoomPoints);
+    TVec centred(x);
+    centred.Offset(-x.Mean());
+    const double end = std::min(centre * (1 + kZoom), rate / 2);
+    result.zoom = ZoomSpectrum(centred, rate, centre * (1 - kZoom), end, kZoomPoints, {});
   }
   return result;
 }

@@ -7,16 +7,15 @@
 #include <span>
 #include <vector>
 
+#include "decibels.h"
+
 namespace passband_cli {
 namespace {
 
 using namespace passband;
 
-constexpr double kLowestDb = -400;  // stands for a response of exactly 0
 constexpr std::size_t kMostPoints = 8192;
 constexpr double kLogSpan = 1000;  // upper to lower end of a logarithmic frequency axis
-
-double Decibels(TCplx value) { return std::max(20 * std::log10(std::hypot(value.Re, value.Im)), kLowestDb); }
 
 // The lower end of the picture: below the lobes of the stopband, but not down to its zeros.
 double LowerEnd(std::vector<double> decibels) {
@@ -43,7 +42,8 @@ Curve MagnitudeResponse(const TapSet& set, bool log_axis) {
   for (std::size_t k = 0; k < bins.size(); k += stride) {
     if (log_axis) stride = std::max<std::size_t>(k / (kMostPoints / 8), 1);
     double highest = kLowestDb;
-    for (std::size_t i = k; i < std::min(k + stride, bins.size()); ++i) highest = std::max(highest, Decibels(bins[i]));
+    for (std::size_t i = k; i < std::min(k + stride, bins.size()); ++i)
+      highest = std::max(highest, Decibels(CAbs(bins[i])));
     curve.x.push_back(set.rate_hz * static_cast<double>(k) / size);
     curve.y.push_back(highest);
   }

@@ -18,6 +18,7 @@
 #include "output_file.h"
 #include "plot.h"
 #include "recording_stretch.h"
+#include "zoom_spectrum.h"
 
 namespace passband_cli {
 namespace {
@@ -36,34 +37,6 @@ struct Options {
   std::string plot;
   std::string mask;
 };
-
-constexpr double kLowestDb = -400;  // stands for silence
-
-// The level of a sine at each frequency, relative to one of full scale.
-Curve Zoom(const Options& options, Stretch& stretch) {
-  const TSignalWindowType window = WindowFromName(options.window);
-  const double param = WindowParam(window, options.window, options.param);
-  TVec weights;
-  weights.Size(stretch.samples.Length(), false, true);
-  weights.SetVal(1);
-  SignalWindow(weights, window, param, TSignalWindowMode::wmPeriodic);
-  const double sum = weights.Sum();
-  if (!(sum > 0)) Fail("the stretch of {} samples is too short for a window", stretch.samples.Length());
-  stretch.samples.Mul(weights);
-  const std::int32_t points = options.points;
-  const double step = (options.to_hz - options.from_hz) / (points - 1);
-  TVec spectrum;
-  Czt(stretch.samples, points, options.from_hz, options.from_hz + step * points, spectrum, stretch.rate_hz);
-  Curve curve;
-  for (std::int32_t k = 0; k < points; ++k) {
-    const double hz = options.from_hz + k * step;
-    const bool at_end = hz == 0 || hz == stretch.rate_hz / 2;  // where both halves of a sine fall together
-    const double amplitude = CAbs(spectrum.CValues()[static_cast<std::size_t>(k)]) * (at_end ? 1 : 2) / sum;
-    curve.x.push_back(hz);
-    curve.y.push_back(std::max(20 * std::log10(amplitude), kLowestDb));
-  }
-  return curve;
-}
 
 void Draw(const Options& options, const Curve& curve, const Mask& mask) {
   Plot plot;
@@ -91,9 +64,12 @@ void CheckOptions(const Options& options) {
 void Run(const Options& options) {
   CheckOptions(options);
   const Mask mask = options.mask.empty() ? Mask{} : ReadMask(options.mask);
-  Stretch stretch = ReadStretch(options.stretch);
+  const Stretch stretch = ReadStretch(options.stretch);
   CheckFrequencies("--from, --to", {options.from_hz, options.to_hz}, stretch.rate_hz);
-  const Curve curve = Zoom(options, stretch);
+  const TSignalWindowType window = WindowFromName(options.window);
+  const ZoomWindow weights{window, WindowParam(window, options.window, options.param)};
+  const Curve curve =
+      ZoomSpectrum(stretch.samples, stretch.rate_hz, options.from_hz, options.to_hz, options.points, weights);
   if (!options.plot.empty()) Draw(options, curve, mask);
   std::string text = "frequency_hz,level_dbfs\n";
   for (std::size_t k = 0; k < curve.x.size(); ++k) {

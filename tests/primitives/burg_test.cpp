@@ -3,13 +3,13 @@
 #include "passband/primitives/burg.h"
 
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
 
 #include <complex>
 #include <cstdint>
 #include <limits>
 #include <vector>
 
+#include "tests/primitives/every_target.h"
 #include "tests/test_support.h"
 
 namespace passband::primitives {
@@ -92,15 +92,12 @@ using Elements = testing::Types<float, double, TSCplx, TCplx>;
 TYPED_TEST_SUITE(BurgKernelTest, Elements);
 
 TYPED_TEST(BurgKernelTest, StagesAndSumsOfAllLengthsOnEveryTarget) {
-  for (const auto target : hwy::SupportedAndGeneratedTargets()) {
-    hwy::SetSupportedTargetsForTest(target);
-    SCOPED_TRACE(hwy::TargetName(target));
+  OnEveryTarget([&] {
     for (std::int32_t count = 0; count <= 70; ++count) {
       for (const std::size_t shift : {0U, 1U, 3U}) CheckStage<TypeParam>(count, shift);
     }
     for (const std::int32_t count : {520, 1031, 4096}) CheckStage<TypeParam>(count, 1);  // past blocks of 64 vectors
-  }
-  hwy::SetSupportedTargetsForTest(0);
+  });
 }
 
 TYPED_TEST(BurgKernelTest, RefusesWithoutTouching) {

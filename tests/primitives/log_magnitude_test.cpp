@@ -1,8 +1,8 @@
 // Logarithms of spectra on every instruction set, of all lengths past two vectors, with guards behind.
 #include "passband/primitives/log_magnitude.h"
+#include "tests/primitives/every_target.h"
 
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
 
 #include <cmath>
 #include <cstdint>
@@ -27,9 +27,7 @@ std::vector<TCplx> Spectrum(std::int32_t count) {
 }
 
 TEST(LogMagnitude, KeepsItsDigitsOverTheWholeRange) {
-  for (const auto target : hwy::SupportedAndGeneratedTargets()) {
-    hwy::SetSupportedTargetsForTest(target);
-    SCOPED_TRACE(hwy::TargetName(target));
+  OnEveryTarget([&] {
     for (const std::int32_t count : {0, 1, 2, 3, 7, 8, 9, 16, 17, 1000}) {
       const std::vector<TCplx> z = Spectrum(count);
       std::vector<double> log(z.size() + 1, 7);
@@ -50,8 +48,7 @@ TEST(LogMagnitude, KeepsItsDigitsOverTheWholeRange) {
       ASSERT_EQ(LogMagnitude(z.data(), 20, log.data()), Status::Ok);
       for (std::size_t n = 0; n < z.size(); ++n) EXPECT_NEAR(log[n], n == 9 ? 0 : 200 * std::log(10.0), 1e-12);
     }
-  }
-  hwy::SetSupportedTargetsForTest(0);
+  });
   double log = 7;
   const TCplx z{1, 1};
   EXPECT_EQ(LogMagnitude(&z, -1, &log), Status::BadSize);

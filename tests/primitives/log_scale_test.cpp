@@ -1,8 +1,8 @@
 // Logarithmic scales on every instruction set: all lengths past two vectors, guards behind, the whole range.
 #include "passband/primitives/log_scale.h"
+#include "tests/primitives/every_target.h"
 
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
 
 #include <cmath>
 #include <cstdint>
@@ -35,9 +35,7 @@ TYPED_TEST(LogScaleTest, WholeRangeToTheLastDigits) {
   const double eps = std::numeric_limits<R>::epsilon();
   std::mt19937_64 generator(3);
   std::uniform_real_distribution<double> uniform(-1, 1);
-  for (const auto target : hwy::SupportedAndGeneratedTargets()) {
-    hwy::SetSupportedTargetsForTest(target);
-    SCOPED_TRACE(hwy::TargetName(target));
+  OnEveryTarget([&] {
     for (const std::int32_t count : {0, 1, 2, 3, 5, 8, 15, 16, 17, 1000}) {
       for (const double reference : {1.0, 0.3, 1e-200}) {
         std::vector<R> x;
@@ -62,8 +60,7 @@ TYPED_TEST(LogScaleTest, WholeRangeToTheLastDigits) {
     for (int k = -30; k <= 30; ++k) powers.push_back(static_cast<R>(std::pow(10, k)));
     ASSERT_EQ(ToLogScale(powers.data(), 61, Decibels(1, -1e5)), Status::Ok);
     for (int k = -30; k <= 30; ++k) EXPECT_EQ(powers[static_cast<std::size_t>(k + 30)], R(20 * k));
-  }
-  hwy::SetSupportedTargetsForTest(0);
+  });
 }
 
 TYPED_TEST(LogScaleTest, FloorAndOddValues) {
@@ -71,9 +68,7 @@ TYPED_TEST(LogScaleTest, FloorAndOddValues) {
   const R infinity = std::numeric_limits<R>::infinity();
   const R nan = std::numeric_limits<R>::quiet_NaN();
   const R tiny = std::numeric_limits<R>::denorm_min();
-  for (const auto target : hwy::SupportedAndGeneratedTargets()) {
-    hwy::SetSupportedTargetsForTest(target);
-    SCOPED_TRACE(hwy::TargetName(target));
+  OnEveryTarget([&] {
     for (const double floor : {-96.33, -7000.0}) {
       std::vector<R> x{0, 1, R(-1), nan, infinity, -infinity, tiny, R(1e-5), R(-0.0), R(10), 1, 1, 1, 1, 1, 1, 0};
       ASSERT_EQ(ToLogScale(x.data(), 17, Decibels(1, floor)), Status::Ok);
@@ -87,8 +82,7 @@ TYPED_TEST(LogScaleTest, FloorAndOddValues) {
       EXPECT_NEAR(static_cast<double>(x[6]), std::max(floor, of_tiny), 1e-6 * -of_tiny);
       EXPECT_EQ(x[7], std::max(bottom, R(-100)));
     }
-  }
-  hwy::SetSupportedTargetsForTest(0);
+  });
   R x = 7;
   EXPECT_EQ(ToLogScale(&x, -1, Decibels(1, 0)), Status::BadSize);
   EXPECT_EQ(ToLogScale<R>(nullptr, 1, Decibels(1, 0)), Status::NullPointer);

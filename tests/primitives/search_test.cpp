@@ -3,7 +3,6 @@
 #include "passband/primitives/search.h"
 
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
 
 #include <cmath>
 #include <cstdint>
@@ -13,6 +12,7 @@
 #include <vector>
 
 #include "passband/primitives/switch_counts.h"
+#include "tests/primitives/every_target.h"
 
 namespace passband::primitives {
 namespace {
@@ -133,9 +133,7 @@ TYPED_TEST_SUITE(SearchKernelTest, Reals);
 
 TYPED_TEST(SearchKernelTest, AgreesWithPlainLoopsOnEveryTarget) {
   using R = TypeParam;
-  for (const auto target : hwy::SupportedAndGeneratedTargets()) {
-    hwy::SetSupportedTargetsForTest(target);
-    SCOPED_TRACE(hwy::TargetName(target));
+  OnEveryTarget([&] {
     for (std::int32_t count = 0; count <= 140; ++count) {
       SCOPED_TRACE(count);
       const std::vector<R> x = Samples<R>(count, static_cast<unsigned>(count));
@@ -148,8 +146,7 @@ TYPED_TEST(SearchKernelTest, AgreesWithPlainLoopsOnEveryTarget) {
       CheckCounts(Samples<R>(count, 1), count);
       CheckSearches(std::vector<R>(static_cast<std::size_t>(count) + 2, R(3)), count);  // nothing to find
     }
-  }
-  hwy::SetSupportedTargetsForTest(0);
+  });
 }
 
 TYPED_TEST(SearchKernelTest, NotFiniteSamplesAndRefusals) {
